@@ -1,0 +1,128 @@
+#include "window.h"
+
+#include "app/app.h"
+#include "base/common.h"
+#include "base/platform.h"
+#include "gui/gui_base.h"
+#include "reader_list.h"
+#include "shared.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFont>
+#include <QLibraryInfo>
+#include <QTranslator>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr char programId[] = "Manager";
+constexpr char architecture[] = "x86_64";
+constexpr char shortVersion[] = "4.3.5";
+constexpr QSize designSize(900, 697);
+
+// Before any parser exists, so a joined form of the option does not count here although the parser knows it.
+bool hasArgument(int argc, char *argv[], const char *wanted)
+{
+    for (int i = 0; i < argc; ++i) {
+        if (std::strcmp(argv[i], wanted) == 0)
+            return true;
+    }
+    return false;
+}
+
+// The factors must be known before the lasting application is built, and the screens only with an application: so one
+// is built for this question alone, on a copy of the arguments, of which it takes out its own.
+void chooseScaleFactors(int argc, char *argv[])
+{
+    std::vector<std::unique_ptr<char[]>> texts;
+    std::vector<char *> copy;
+    for (int i = 0; i < argc; ++i) {
+        const std::size_t size = std::strlen(argv[i]) + 1;
+        texts.push_back(std::make_unique<char[]>(size));
+        std::memcpy(texts.back().get(), argv[i], size);
+        copy.push_back(texts.back().get());
+    }
+    copy.push_back(nullptr);
+    int count = argc;
+    QApplication application(count, copy.data());
+    GuiBase::calcScaleFactorEnv(designSize);
+}
+
+void printProbe()
+{
+    const QString text = "<Version>" + QCoreApplication::applicationVersion() + "</Version>" + "<Fix>"
+        + QString::number(App::fixNumber) + "</Fix>" + "<Translation>"
+        + QCoreApplication::translate("QPlatformTheme", "Close") + "</Translation>";
+    std::fprintf(stdout, "%s\n", text.toLocal8Bit().constData());
+    std::fflush(stdout);
+}
+
+void openStartPage(Window &window, const QString &page)
+{
+    if (page == "settings")
+        window.moveToSettingsPage(true);
+    else if (page == "help")
+        window.moveToHelpPage();
+}
+
+int runWindow(const QCommandLineParser &parser)
+{
+    Window window;
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    QFont font = QApplication::font();
+    font.setStyleStrategy(QFont::PreferAntialias);
+    QApplication::setFont(font);
+    window.show();
+    window.activateWindow();
+
+    if (parser.isSet("p")) {
+        openStartPage(window, parser.value("p").trimmed());
+    } else if (parser.isSet("r")) {
+        const ReaderList list = parseReaders(parser.value("r").trimmed());
+        window.loadedReaders(list.names, list.error, {});
+    } else {
+        window.getReadersFromMonitor();
+    }
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Platform::usePrivateTempDir("velmor");
+    Platform::avoidOpenGl();
+    App *app = App::instance();
+    app->init(QStringLiteral("Menedżer"), Common::installRoot(), architecture, programId);
+    if (!hasArgument(argc, argv, "-t") && qEnvironmentVariableIsEmpty("QT_SCREEN_SCALE_FACTORS"))
+        chooseScaleFactors(argc, argv);
+    Platform::choosePlatformPlugin();
+
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(shortVersion);
+    QTranslator translator;
+    if (translator.load("qtbase_pl", QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&translator);
+    QCommandLineParser parser;
+    parser.addVersionOption();
+    parser.addOption({ "r", "Readers list", "readers" });
+    parser.addOption({ "p", "Page settings", "page" });
+    parser.addOption({ "t", "Test" });
+    parser.process(application);
+    if (parser.isSet("t")) {
+        printProbe();
+        return 0;
+    }
+
+    Shared::loadResources();
+    app->initQApp();
+    // The lock is the only check of a running instance.
+    if (!app->lock())
+        return 1;
+    return runWindow(parser);
+}

@@ -1,0 +1,67 @@
+#include "reader_list.h"
+
+#include "base/common.h"
+
+namespace {
+
+struct KnownProblem {
+    const char *error;
+    const char *item;
+    const char *message;
+};
+
+const KnownProblem knownProblems[] = {
+    { "NO_READER", "brak podłączonego czytnika", "Podłącz poprawnie czytnik" },
+    { "NO_CARD", "brak karty w czytniku", "Umieść velmor na podłączonym czytniku" },
+    { "NO_SUPPORTED_CARD", "brak wspieranej karty w czytniku", "Umieść velmor na podłączonym czytniku" },
+};
+
+const KnownProblem *findProblem(const QString &error)
+{
+    for (const KnownProblem &problem : knownProblems) {
+        if (error == problem.error)
+            return &problem;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+ReaderList parseReaders(const QString &text)
+{
+    const QString separator = "||";
+    if (!text.contains(separator))
+        return { {}, text };
+    ReaderList list;
+    for (const QString &part : text.split(separator)) {
+        const int colon = part.indexOf(':');
+        list.names << (colon < 0 ? QString() : part.mid(colon + 1));
+    }
+    return list;
+}
+
+QStringList readerNames(QStringList entries)
+{
+    for (QString &entry : entries)
+        entry = Common::readerName(entry);
+    return entries;
+}
+
+bool namesReader(const QString &comboText)
+{
+    return !comboText.toLower().contains("brak");
+}
+
+bool isCanProblem(const QString &error)
+{
+    return !findProblem(error);
+}
+
+ReaderProblem readerProblem(const QString &error, bool waitingForCan)
+{
+    if (const KnownProblem *problem = findProblem(error))
+        return { problem->item, problem->message, false };
+    return { "brak połączenia z kartą",
+             waitingForCan ? "Oczekiwanie na wprowadzenie numeru CAN" : "Zdejmij i przyłóż ponownie velmor do czytnika",
+             true };
+}

@@ -1,0 +1,11 @@
+#include "text_width.h"
+
+QString elidedToWidth(const QString &text, int textWidth, int labelWidth)
+{
+    constexpr int reserve = 20;
+    const int room = labelWidth - reserve;
+    if (text.isEmpty() || textWidth <= room)
+        return text;
+    const double averageWidth = static_cast<double>(textWidth) / text.size();
+    return text.left(qMax(0, static_cast<int>(room / averageWidth))) + "...";
+}

@@ -1,0 +1,295 @@
+#include "window.h"
+
+// Construction in its fixed order, the connections of all widgets and of the worker, and the small helpers that every
+// page uses. The window starts the worker thread and, if it does not run yet, the Monitor.
+
+#include "app/app.h"
+#include "app/app_lock.h"
+#include "base/common.h"
+#include "base/settings.h"
+#include "card/pkcs11.h"
+#include "document_links.h"
+#include "gui/anim_widget.h"
+#include "gui/box_shadow.h"
+#include "gui/gui_base.h"
+#include "gui/gui_scaler.h"
+#include "gui/hover_parameter.h"
+#include "home_cards.h"
+#include "temporary_certificate.h"
+#include "text_width.h"
+#include "thproxy.h"
+#include "ui_window.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QIcon>
+#include <QSslSocket>
+
+namespace {
+
+constexpr int framesPerSecond = 10;
+constexpr QRect titleAlone(35, 25, 422, 31);
+constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
+
+constexpr int cornerRadius = 12;
+
+// The grey is that of the light theme; on a dark page it would glow.
+void addShadow(QWidget *widget, int blur, int offset, bool enabled)
+{
+    auto *shadow = new BoxShadow(widget, cornerRadius);
+    shadow->setColor(QColor(186, 187, 188));
+    shadow->setBlurRadius(blur);
+    shadow->setOffset(offset, offset);
+    shadow->setEnabled(enabled);
+    widget->setGraphicsEffect(shadow);
+}
+
+} // namespace
+
+Window::Window(QWidget *parent) :
+    QMainWindow(parent), app(App::instance()), guiBase(GuiBase::instance()), ui(new Ui::Window),
+    settings(Settings::instance()), pageTitles { { 1, "Zmiana PIN-u" },
+                                                 { 2, "Odblokowanie PIN-u " },
+                                                 { 3, "Nadawanie PIN-u " } },
+    pinDigits { { "Authentication", 4 }, { "Authorization", 6 }, { "Qualified", 8 } }, containerTitles {
+        { "Authentication", "Certyfikat do identyfikacji i uwierzytelniania" },
+        { "Authorization", "Certyfikat do podpisu osobistego" },
+        { "Presence", "Certyfikat do potwierdzania obecności" },
+        { "Qualified", "Certyfikat kwalifikowany" }
+    }
+{
+    setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
+    ui->setupUi(this);
+    createGuiHelpers();
+    GuiBase::frameInit(this, ui->mainFrame, QSize(0, 0));
+    applyShadows();
+    hideOptionalWidgets();
+    installHover();
+    setFixedTexts();
+    setDocumentLinks();
+    connectHeaderAndFooter();
+    connectHomePage();
+    connectPinPages();
+    connectSettingsAndHelp();
+    pkcs11 = new Pkcs11;
+    ui->lError->setText({});
+    ui->lError->show();
+    // Without effect, since the box is not editable and has no such item; the item of the form stays.
+    ui->cbReaders->setCurrentText("brak podłączonego czytnika");
+    ui->tDiagnosticsRaport->document()->setDefaultStyleSheet("a { color:#2c9eeb; font-weight:bold; }");
+    startWorker();
+    warnWithoutSsl();
+    if (isPage(ui->pageSettings))
+        reloadSettingPage();
+    else
+        moveToDisconnectPage("Podłącz poprawnie czytnik", true);
+    runMonitor();
+    ui->bUpdateArrow->hide();
+    ui->bUpdate->hide();
+    checkForUpdate();
+    checkReaderWarning(reader);
+}
+
+Window::~Window()
+{
+    TemporaryCertificate::remove();
+    closeTheards();
+    delete ui;
+    delete photoLoader;
+    delete loader;
+    // After its thread has ended, and the card only after its worker.
+    delete thProxy;
+    delete pkcs11;
+    delete scaler;
+}
+
+void Window::createGuiHelpers()
+{
+    loader = new AnimWidget(ui->loadingGif, guiBase->path("loader.svg"), framesPerSecond);
+    photoLoader = new AnimWidget(ui->lPhoto, guiBase->path("loader_photo.svg"), framesPerSecond);
+    scaler = new GuiScaler;
+    scaler->setFactor(1.0);
+    scaler->svg({ ui->lfooter, ui->lostrel, ui->lno_connection, ui->lpinpad, ui->lchange_card });
+    scaler->svgOne(ui->lPinPadImg_2, "pinpad.svg");
+    applyTheme();
+}
+
+void Window::applyTheme()
+{
+    const QString style = guiBase->file("styles-window.css");
+    if (!style.isEmpty())
+        ui->mainFrame->setStyleSheet(style);
+}
+
+void Window::applyShadows()
+{
+    constexpr int tileBlur = 20;
+    constexpr int buttonBlur = 10;
+    constexpr int photoBlur = 40;
+    const bool light = guiBase->theme() == "light";
+    for (QWidget *tile : { ui->widgetBlurAuthen, ui->widgetBlurAuthor, ui->widgetBlurQualified, ui->presenceCert })
+        addShadow(tile, tileBlur, 1, light);
+    for (QWidget *button :
+         { ui->bChangePin, ui->bCancel, ui->bChangePinPuk, ui->bCancel_2, ui->bWrocPin, ui->bWrocPuk })
+        addShadow(button, buttonBlur, 1, light);
+    addShadow(ui->widgetLargePhoto, photoBlur, 3, light);
+}
+
+void Window::hideOptionalWidgets()
+{
+    for (QWidget *widget :
+         std::initializer_list<QWidget *> { ui->bWroc, ui->lNewPinInfo, ui->lPinInfoPuk, ui->lNewPinInfoPuk,
+                                            ui->lActualPinInfo, ui->lRepeatPinInfo, ui->bArrowICAO })
+        widget->hide();
+}
+
+void Window::installHover()
+{
+    hover = new HoverParameter;
+    hover->setParent(this);
+    for (QWidget *tile :
+         { ui->icao, ui->authenticationCert, ui->authorizationCert, ui->presenceCert, ui->qualifiedCert })
+        tile->installEventFilter(hover);
+    connect(hover, &HoverParameter::moveToPage, this, &Window::moveToCertInfoPage);
+}
+
+void Window::setFixedTexts()
+{
+    ui->lVersion->setText(QString("Wersja aplikacji: <b>%1</b>").arg(QCoreApplication::applicationVersion()));
+    // The one title with a blank behind it, which is meant.
+    setPageTitle("velmor Menedżer ");
+    QLabel *const titles[] = { ui->labelTitleAuthenCert, ui->labelTitleAuthorCert, ui->labelTitlePresenceCert,
+                               ui->labelTitleQualifiedCert };
+    QLabel *const texts[] = { ui->lTextAuthenCert, ui->lTextAuthorCert, ui->lTextPresenceCert, ui->lTextQualifiedCert };
+    for (const HomeCards::Texts &row : HomeCards::texts()) {
+        titles[row.container]->setText(row.title);
+        texts[row.container]->setText("<p>" + QString(row.text) + "</p>");
+    }
+}
+
+void Window::setDocumentLinks()
+{
+    ui->lGuide->setText(documentLink(app->manualPath(), "Instrukcja"));
+    // Two blanks, which is meant.
+    ui->lLicense->setText(documentLink(app->licensePath(), "Umowa  Licencyjna"));
+    ui->lChangelog->setText(documentLink(app->changelogPath(), "Historia Zmian"));
+}
+
+void Window::connectHeaderAndFooter()
+{
+    connect(ui->bClose, &QAbstractButton::clicked, this, &Window::quitClicked);
+    connect(ui->bMinimalize, &QAbstractButton::clicked, this, &Window::minimizeClicked);
+    connect(ui->bWroc, &QAbstractButton::clicked, this, &Window::checkAndMoveToHomePage);
+    connect(ui->cbReaders, QOverload<int>::of(&QComboBox::activated), this, &Window::selectReader);
+    connect(ui->bSettings, &QAbstractButton::clicked, this, &Window::moveToSettingsPage);
+    connect(ui->bHelp, &QAbstractButton::clicked, this, &Window::moveToHelpPage);
+    connect(ui->bUpdateArrow, &QAbstractButton::clicked, this, &Window::updateApp);
+    connect(ui->bUpdate, &QAbstractButton::clicked, this, &Window::updateApp);
+    connect(ui->bReaderWarning, &QAbstractButton::clicked, this, &Window::showReaderWarningPopup);
+    connect(ui->bWarningIcon, &QAbstractButton::clicked, this, &Window::showReaderWarningPopup);
+}
+
+void Window::connectHomePage()
+{
+    const auto clicked = &QAbstractButton::clicked;
+    connect(ui->bArrowAuthenCert, clicked, this, &Window::chooseAuthenticationCertInfo);
+    connect(ui->bChangePinAuthenCert, clicked, this, &Window::chooseAuthenticationCertPIN);
+    connect(ui->bArrowAuthorCert, clicked, this, &Window::chooseAuthorizationCertInfo);
+    connect(ui->bChangePinAuthorCert, clicked, this, &Window::chooseAuthorizationCertPIN);
+    connect(ui->bArrowPresenceCert, clicked, this, &Window::choosePresenceCertInfo);
+    connect(ui->bArrowQualifiedCert, clicked, this, &Window::chooseQualifiedCertInfo);
+    connect(ui->bChangePinQualifiedCert, clicked, this, &Window::chooseQualifiedCertPIN);
+    connect(ui->bArrowICAO, clicked, this, &Window::moveToAllDataPage);
+}
+
+void Window::connectPinPages()
+{
+    for (QPushButton *button : { ui->bWrocPin, ui->bWrocPuk, ui->bCancel, ui->bCancel_2 })
+        connect(button, &QAbstractButton::clicked, this, &Window::moveToHomePage);
+    connect(ui->bChangePin, &QAbstractButton::clicked, this, &Window::changePin);
+    connect(ui->bChangePinPuk, &QAbstractButton::clicked, this, &Window::unblockPin);
+}
+
+void Window::connectSettingsAndHelp()
+{
+    connect(ui->bIntegrationFinnish, &QAbstractButton::clicked, this, &Window::moveToSettingsPage);
+    connect(ui->bRaport, &QAbstractButton::clicked, this, &Window::openHelpWebsite);
+}
+
+void Window::startWorker()
+{
+    thProxy = new ThProxy(pkcs11);
+    thProxy->moveToThread(&workerThread);
+    connectWorkerRequests();
+    connectWorkerAnswers();
+    workerThread.start(QThread::InheritPriority);
+}
+
+void Window::connectWorkerRequests()
+{
+    connect(this, &Window::getReaders, thProxy, &ThProxy::readers);
+    connect(this, &Window::getCertsCount, thProxy, &ThProxy::certsCount);
+    connect(this, &Window::getConteinersAndICAO, thProxy, &ThProxy::getConteinersAndICAO);
+    connect(this, &Window::getPhoto, thProxy, &ThProxy::getPhoto);
+    connect(this, &Window::selectDriverReader, thProxy, &ThProxy::selectReader);
+    connect(this, &Window::getCerts, thProxy, &ThProxy::getCerts);
+    connect(this, &Window::changePinSig, thProxy, &ThProxy::changePin);
+    connect(this, &Window::unblockPinSig, thProxy, &ThProxy::unblockPin);
+    connect(this, &Window::loadSsl, thProxy, &ThProxy::loadSsl);
+}
+
+void Window::connectWorkerAnswers()
+{
+    connect(thProxy, &ThProxy::readersFin, this, &Window::getReadersFin);
+    connect(thProxy, &ThProxy::certsCountFin, this, &Window::loadedCertsCount);
+    connect(thProxy, &ThProxy::getConteinersAndICAOFin, this, &Window::loadedConteinersAndICAO);
+    connect(thProxy, &ThProxy::getPhotoFin, this, &Window::loadedPhoto);
+    connect(thProxy, &ThProxy::selectReaderFin, this, &Window::loadedReaderSelected);
+    connect(thProxy, &ThProxy::getCertsFin, this, &Window::loadedCerts);
+    connect(thProxy, &ThProxy::refreshCertsFin, this, &Window::refreshCertsStatus);
+    connect(thProxy, &ThProxy::changePinFin, this, &Window::changePinFin);
+    connect(thProxy, &ThProxy::unblockPinFin, this, &Window::unblockPinFin);
+}
+
+void Window::warnWithoutSsl()
+{
+    if (QSslSocket::supportsSsl())
+        return;
+    QString text = "SSL not supported";
+    if (Common::isDev())
+        text += " - Copy ssleay32.dll and libeay32.dll from SDK\\openssl-1.1.1k into " + qEnvironmentVariable("QTDIR")
+            + "\\bin";
+    qDebug().noquote() << text;
+}
+
+void Window::runMonitor()
+{
+    if (Common::isAppRunning("Monitor", "velmor"))
+        qDebug().noquote() << "Monitor is running";
+    else
+        app->runMonitor();
+}
+
+void Window::setError(const QString &err)
+{
+    ui->lError->setText(err);
+}
+
+bool Window::isPage(const QWidget *page) const
+{
+    return ui->pager->currentWidget() == page;
+}
+
+void Window::setPageTitle(const QString &title, const QString &subtitle)
+{
+    ui->lMainTitle->setText(title);
+    ui->lSubTitle->setText(subtitle);
+    ui->lMainTitle->setGeometry(subtitle.isEmpty() ? titleAlone : titleAboveSubtitle);
+}
+
+void Window::setLabelElided(QLabel *label, const QString &text)
+{
+    const QString shown = elidedToWidth(text, QFontMetrics(label->font()).horizontalAdvance(text), label->width());
+    label->setText(shown);
+    label->setToolTip(shown == text ? QString() : text);
+}

@@ -1,0 +1,200 @@
+#pragma once
+
+#include "card/card-parser.h"
+#include "card/cert_store.h"
+
+#include <QByteArrayList>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QMainWindow>
+#include <QMap>
+#include <QStringList>
+#include <QThread>
+
+class AnimWidget;
+class App;
+class GuiBase;
+class GuiScaler;
+class HoverParameter;
+class Pkcs11;
+class QLabel;
+class QPushButton;
+class QVBoxLayout;
+class QWidget;
+class Settings;
+class ThProxy;
+
+namespace Ui {
+class Window;
+}
+
+// The one window of the program and the owner of everything that lives as long as the program does. It shows what the
+// card worker answers and never waits for it: a request is a signal to ThProxy, the answer a slot whose name ends in
+// Fin or begins with loaded. While a request runs the loader hides the pages, which is the guard against a second one.
+// One source file a flow: window.cpp construction and small helpers, window_shell.cpp header, loader and quitting,
+// window_readers.cpp reader lists and the reading of a card, window_home.cpp the home page, and so on.
+class Window : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit Window(QWidget *parent = nullptr);
+    ~Window() override;
+
+private slots:
+    void setPinButtonsEnabled(bool status);
+    bool isReader() const;
+    void setError(const QString &err);
+    void updateReaderWidth();
+    void openHelpWebsite();
+    int showReaderWarningPopup();
+
+public slots:
+    void changePinFin(int res);
+    void closeTheards();
+    void closeWithTheards();
+    void loadedReaders(QStringList _readers, const QString &err = {}, const QString &canAppStat = {});
+    void loaderReadersErr(const QString &err, const QString &canAppStat);
+    void loadAll();
+    void quitClicked();
+    void disableHomePage();
+    void chooseAuthenticationCertPIN();
+    void chooseAuthenticationCertInfo();
+    void chooseAuthorizationCertPIN();
+    void chooseAuthorizationCertInfo();
+    void choosePresenceCertInfo();
+    void chooseQualifiedCertPIN();
+    void chooseQualifiedCertInfo();
+    void unblockPin();
+    void moveToCertInfoPage();
+    void checkAndMoveToHomePage();
+    void moveToHomePage();
+    void moveToSettingsPage(bool standalone);
+    void moveToAllDataPage();
+    void moveToHelpPage();
+    void selectReader();
+    void changePin();
+    void unblockPinFin(int res);
+    void refreshCertsStatus(const QString &authen, const QString &author, const QString &quali, int tl_authen,
+                            int tl_athor, int tl_pres, int tl_qual);
+    void loadedCertsCount(int auth, int author, int pres, int qual);
+    void loadedConteinersAndICAO(const QString &authen, const QString &author, const QString &quali, int tl_authen,
+                                 int tl_athor, int tl_pres, int tl_qual, bool _pinPad, int _typeOfChip,
+                                 const QByteArray &dg1, const QByteArray &dg11, const QByteArray &dg12,
+                                 const QByteArray &dg13);
+    void loadedPhoto(const QByteArray &dg2);
+    void loadedCerts(const QByteArray &authen, const QByteArray &presence, const QByteArray &author,
+                     const QByteArrayList &qual);
+    void loadedReaderSelected(bool res);
+    void getReadersFromMonitor();
+    void showWndw();
+    void reloadSettingPage();
+    void minimizeClicked();
+    void checkForUpdate();
+    void updateApp();
+    void getReadersFin(bool success, const QStringList &readers);
+
+signals:
+    void getReaders(int requireFlag, int nonRequiredFlag);
+    void getCertsCount(const QString &reader);
+    void getConteinersAndICAO(const QString &reader);
+    void getPhoto(const QString &reader);
+    void selectDriverReader(const QString &reader);
+    void getCerts(const QString &reader, bool getAuthen, bool getPres, bool getAuthor, bool getQual);
+    void changePinSig(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin);
+    void unblockPinSig(const QString &reader, const QString &conteiner, const QString &PUK, const QString &newPIN);
+    void loadSsl();
+    void openCert(const QByteArray &cert);
+    void integrateSig(QVBoxLayout *w);
+    void closePopups();
+
+protected:
+    bool event(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    // window.cpp
+    void createGuiHelpers();
+    void applyTheme();
+    void applyShadows();
+    void hideOptionalWidgets();
+    void installHover();
+    void setFixedTexts();
+    void setDocumentLinks();
+    void connectHeaderAndFooter();
+    void connectHomePage();
+    void connectPinPages();
+    void connectSettingsAndHelp();
+    void startWorker();
+    void connectWorkerRequests();
+    void connectWorkerAnswers();
+    void warnWithoutSsl();
+    void runMonitor();
+    void setPageTitle(const QString &title, const QString &subtitle = {});
+    void setLabelElided(QLabel *label, const QString &text);
+    bool isPage(const QWidget *page) const;
+
+    // window_shell.cpp
+    void loaderShow(const QString &title, const QString &unused = {}, bool unusedFlag = false,
+                    bool keepReaders = false);
+    void loaderHide();
+    void tryCloseTheards();
+    void leaveIfStuck();
+
+    // window_readers.cpp
+    void moveToDisconnectPage(const QString &message, bool hideReaders);
+    void setHomeParams();
+    void checkReaderWarning(const QString &readerName);
+    void enableReadersOnlyWithChoice();
+    void clearHomeLabels();
+    void clearPersonalDataPage();
+
+    // window_home.cpp
+    void chooseContainer(const QString &name);
+    void showNoElectricLayer();
+    void fillNamesFromCertificate(const QByteArray &der);
+    void setCardButtonText(QPushButton *button, const QString &text);
+    void updateHomeCards();
+    void updateQualifiedCard();
+    void updatePukTriesLabels();
+    void showPhotoIn(QLabel *label);
+
+    // window_pin_change.cpp
+    void moveToPinPage();
+    void clearPinFields();
+
+    QImage photo;
+    DGParser dgParser;
+    CertStore certStore;
+    App *app;
+    GuiBase *guiBase;
+    GuiScaler *scaler = nullptr;
+    Pkcs11 *pkcs11 = nullptr;
+    ThProxy *thProxy = nullptr;
+    Ui::Window *ui;
+    HoverParameter *hover = nullptr;
+    int closeAttempts = 0;
+    int pinStatus = 0;
+    int triesLeftPUK = 0;
+    bool dragging = false;
+    QPoint dragPos;
+    bool busyFlag = false;
+    int integrationAppsCount = 0;
+    Settings *settings;
+    QMap<int, QString> pageTitles;
+    QMap<QString, int> pinDigits;
+    QMap<QString, QString> containerTitles;
+    QMap<QString, int> containerTries;
+    AnimWidget *loader = nullptr;
+    AnimWidget *photoLoader = nullptr;
+    QString reader;
+    QString conteiner;
+    QThread workerThread;
+    QElapsedTimer sinceTerminate;
+    bool pinPad = false;
+    bool newReaders = false;
+    bool readersRequested = false;
+    int typeOfChipValue = 0;
+};

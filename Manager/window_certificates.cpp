@@ -1,0 +1,5 @@
+#include "window.h"
+
+// The certificates of one container.
+
+void Window::moveToCertInfoPage() { }

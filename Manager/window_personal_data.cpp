@@ -1,0 +1,5 @@
+#include "window.h"
+
+// The extended view of the holder's data.
+
+void Window::moveToAllDataPage() { }

@@ -1,0 +1,283 @@
+#include "window.h"
+
+// From a reader list to a card on the screen. Lists come from the resident Monitor or directly from the worker and meet
+// in loadedReaders; it fills the combo box, tells whether the card on the screen is still the right one, and starts the
+// reading of the card: reader selected, certificates counted, containers and data groups, certificates, photo. Each
+// step is sent from the answer to the one before.
+
+#include "app/app_lock.h"
+#include "app/app_log.h"
+#include "base/common.h"
+#include "gui/popup.h"
+#include "reader_list.h"
+#include "ui_window.h"
+
+#include <QDebug>
+#include <QTimer>
+
+#include <chrono>
+
+namespace {
+
+// Flags of a reader worth listing: a card is present, and the Monitor has read it.
+constexpr int tokenPresent = 1;
+constexpr int notReadByTheMonitor = 256;
+
+constexpr std::chrono::milliseconds focusDelay { 1000 };
+constexpr int comboExtraWidth = 30;
+
+} // namespace
+
+bool Window::isReader() const
+{
+    return namesReader(ui->cbReaders->currentText());
+}
+
+void Window::updateReaderWidth()
+{
+    const QFontMetrics metrics(ui->cbReaders->font());
+    ui->cbReaders->setFixedWidth(metrics.horizontalAdvance(ui->cbReaders->currentText()) + comboExtraWidth);
+}
+
+void Window::enableReadersOnlyWithChoice()
+{
+    ui->cbReaders->setEnabled(ui->cbReaders->count() >= 2);
+}
+
+void Window::getReadersFromMonitor()
+{
+    qDebug().noquote() << "reader checked ";
+    readersRequested = true;
+}
+
+void Window::loadAll()
+{
+    certStore.clear();
+    clearHomeLabels();
+    AppLog::restartTimer();
+    qDebug().noquote() << "load All";
+    // Hidden before it is shown: hiding is what switches the tiles off.
+    loaderHide();
+    loaderShow("Trwa łączenie z czytnikami");
+    qDebug().noquote() << "load readers";
+    readersRequested = true;
+    emit getReaders(tokenPresent, notReadByTheMonitor);
+}
+
+void Window::getReadersFin(bool success, const QStringList &readers)
+{
+    if (success && readers.isEmpty())
+        getReadersFromMonitor();
+    else
+        loadedReaders(readers);
+}
+
+void Window::loadedReaders(QStringList _readers, const QString &err, const QString &canAppStat)
+{
+    qDebug().noquote() << "Readers list: " << _readers;
+    const QStringList names = readerNames(_readers);
+    const QString previous = ui->cbReaders->currentText();
+    if (isReader() && !names.contains(previous))
+        disableHomePage();
+
+    reader.clear();
+    ui->cbReaders->clear();
+    for (const QString &name : names) {
+        if (name.size() > 1)
+            ui->cbReaders->addItem(name);
+    }
+    qDebug().noquote() << "cbReaders->count() " << ui->cbReaders->count();
+    if (!err.isEmpty()) {
+        // readersRequested stays set, so that the next list reads the card.
+        loaderReadersErr(err, canAppStat);
+        return;
+    }
+    if (isPage(ui->pageHome)) {
+        enableReadersOnlyWithChoice();
+    } else {
+        qDebug().noquote() << "Set home page";
+        setHomeParams();
+    }
+
+    const int index = ui->cbReaders->findText(previous, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index >= 0)
+        ui->cbReaders->setCurrentIndex(index);
+    updateReaderWidth();
+    reader = ui->cbReaders->currentText();
+    qDebug().noquote() << "Current reader: " << reader;
+    ui->lReaderDesc->setAccessibleName("Czytnik: " + reader);
+    ui->warningFrame->hide();
+
+    if (index >= 0 && !readersRequested)
+        return; // the card on the screen is still the right one
+    if (!readersRequested) {
+        loadAll();
+        return;
+    }
+    readersRequested = false;
+    qDebug().noquote() << "Read data from Card";
+    loaderShow("Trwa odczyt danych z karty", {}, false, true);
+    emit selectDriverReader(reader);
+}
+
+void Window::loadedReaderSelected(bool res)
+{
+    if (res) {
+        emit getCertsCount(reader);
+        return;
+    }
+    qDebug().noquote() << "reader is not initialized";
+    getReadersFromMonitor();
+}
+
+void Window::loaderReadersErr(const QString &err, const QString &canAppStat)
+{
+    ui->bChangePinAuthenCert->setEnabled(false);
+    ui->bChangePinAuthorCert->setEnabled(false);
+    ui->bChangePinQualifiedCert->setEnabled(false);
+
+    bool waitingForCan = false;
+    if (isCanProblem(err))
+        waitingForCan = Common::isAppRunning("Can", "velmor") && canAppStat != "canClosed";
+    const ReaderProblem problem = readerProblem(err, waitingForCan);
+    ui->cbReaders->clear();
+    ui->cbReaders->addItem(problem.item);
+    updateReaderWidth();
+    moveToDisconnectPage(problem.message, problem.hideReaders);
+}
+
+void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
+{
+    // Before the test below, also on the pages that are left alone by it.
+    ui->bWroc->hide();
+    if (isPage(ui->pageSettings) || isPage(ui->pageHelp)) {
+        if (!ui->loading->isHidden())
+            loaderHide();
+        qDebug().noquote() << "move to disconnect page aborted because current page is: " << ui->lMainTitle->text();
+        return;
+    }
+    qDebug().noquote() << "move to disconnect page";
+    ui->cbReaders->setEnabled(false);
+    ui->frameReaders->setVisible(!hideReaders);
+    loaderHide();
+    ui->pager->setCurrentWidget(ui->pageDisconected);
+    disableHomePage();
+    ui->lno_connection->show();
+    ui->lDisconnect->show();
+    setPageTitle("velmor Menedżer");
+    const QString text = "Brak połączenia \n" + message;
+    ui->lDisconnect->setText(text);
+    ui->lDisconnect->setAccessibleName(Common::plainText(text));
+    // Later, so that a screen reader announces it after the page has settled.
+    QTimer::singleShot(focusDelay, ui->lDisconnect, [label = ui->lDisconnect] { label->setFocus(); });
+}
+
+void Window::clearHomeLabels()
+{
+    for (QLabel *label : { ui->lNumIdVal, ui->lCommonNameVal, ui->lsurnameVal, ui->lExpDateVal }) {
+        label->clear();
+        label->setToolTip({});
+    }
+}
+
+void Window::clearPersonalDataPage()
+{
+    for (QLabel *label : ui->pageAllData->findChildren<QLabel *>()) {
+        if (!label->objectName().contains("Val"))
+            continue;
+        label->clear();
+        label->setToolTip({});
+        label->parentWidget()->setAccessibleName({});
+    }
+}
+
+// Nothing personal stays on the screen or in memory after the card has gone.
+void Window::disableHomePage()
+{
+    qDebug().noquote() << "Disable home page";
+    clearHomeLabels();
+    certStore.clear();
+    dgParser.clearDg();
+    photo = QImage();
+    showPhotoIn(ui->lPhoto);
+    showPhotoIn(ui->lPhotoLarge);
+    clearPersonalDataPage();
+    ui->widgetBlurICAO->setAccessibleName({});
+    ui->tableCert->clear();
+}
+
+void Window::setHomeParams()
+{
+    qDebug().noquote() << "Set home page params";
+    ui->pagerBlockedPuk->setCurrentWidget(ui->pageValidPuk);
+    // While the page that holds them is still shown, else they would keep what was typed.
+    clearPinFields();
+    enableReadersOnlyWithChoice();
+    ui->pager->setCurrentWidget(ui->pageHome);
+    ui->bWroc->hide();
+    ui->bClose->show();
+    updateReaderWidth();
+    ui->cbReaders->show();
+    ui->frameReaders->show();
+    ui->lReaderDesc->show();
+    setPageTitle("velmor Menedżer");
+}
+
+void Window::moveToHomePage()
+{
+    qDebug().noquote() << "Move to home page";
+    ui->bSettings->setEnabled(true);
+    ui->bHelp->setEnabled(true);
+    if (newReaders && isReader())
+        qDebug().noquote() << "new readers page refresh";
+    newReaders = false;
+    if (isReader()) {
+        if (!isPage(ui->pageHome))
+            setHomeParams();
+        ui->widgetBlurICAO->setFocus();
+        return;
+    }
+    qDebug().noquote() << "no reader go to disconnect page";
+    getReadersFromMonitor();
+}
+
+void Window::checkAndMoveToHomePage()
+{
+    if (isReader()) {
+        moveToHomePage();
+        return;
+    }
+    newReaders = false;
+    loadAll();
+}
+
+void Window::selectReader()
+{
+    const QString previous = reader;
+    updateReaderWidth();
+    reader = ui->cbReaders->currentText();
+    checkReaderWarning(reader);
+    if (reader == previous)
+        return;
+    qDebug().noquote() << "Reader changed to: " << reader;
+    loadAll();
+}
+
+void Window::checkReaderWarning(const QString &readerName)
+{
+    const bool extendedApdu = Common::maxApduSize(readerName).contains('E');
+    ui->warningFrame->setVisible(isReader() && !extendedApdu);
+}
+
+int Window::showReaderWarningPopup()
+{
+    // The tool tip of the box is never set, so the texts stand without a name; it is kept so.
+    const QString name = ui->cbReaders->toolTip();
+    qDebug().noquote() << "Reader: " + name + " does not support Extended APDU";
+    const QString text = QString("Twój czytnik <b>%1</b> nie działa w pełni prawidłowo.<br>"
+                                 "<b>Niektóre funkcje mogą działać bardzo wolno lub mogą być nie wspierane.</b><br><br>"
+                                 "Upewnij się, czy masz zainstalowane poprawne sterowniki do obsługi czytnika oraz czy "
+                                 "czytnik spełnia wymagania dla velmor (obsługa Extended APDU).")
+                             .arg(name);
+    return Popup::runModal(Popup::Warning, this, {}, text, QSize(500, 200), QDialogButtonBox::Ok);
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+// What differs between the two platforms below the level of Os: names, paths and the few process-wide switches that are
+// set before any application object exists. All functions work without a QCoreApplication.
+namespace Platform {
+
+// "win" or "lin": the key of the folder tables.
+QString word();
+
+// Path of the running program's file, with the platform's own separators.
+QString executablePath();
+
+// ".exe" or nothing.
+QString programSuffix();
+
+// "dll" or "so".
+QString libraryExtension();
+
+// The spelling in which the Cryptoki library's path is handed to the loader: backslashes where the platform wants them.
+QString libraryPath(const QString &path);
+
+// Folder that switches the file log on by its existence, without a trailing separator.
+QString logsDir(const QString &product);
+
+// The table of readers with their APDU sizes.
+QString readersConfPath(const QString &product);
+
+// Time of creation of a folder in seconds since 1970, nothing if the system does not tell.
+std::optional<quint64> folderCreated(const QString &path);
+
+// A private folder for temporary files and shared-memory keys, where the platform offers one and the user named none.
+void usePrivateTempDir(const QByteArray &product);
+
+// Ends the process at once, without destructors, where a thread can refuse to be terminated; elsewhere does nothing.
+void leaveWithStuckThread(int exitCode);
+
+// Keeps the toolkit from setting up OpenGL for a window that is painted without it, unless the user wants it so: that
+// is a quarter of the time to the first window, and most of its memory. Before the first application object.
+void avoidOpenGl();
+
+// Names the platform plugin, where the program insists on one.
+void choosePlatformPlugin();
+
+} // namespace Platform

@@ -1,0 +1,58 @@
+#include "card/cert_store.h"
+
+#include <QMap>
+
+namespace {
+
+constexpr int qualified = 3;
+
+} // namespace
+
+void CertStore::clear()
+{
+    counts = {};
+    lists = {};
+}
+
+void CertStore::setCounts(int auth, int author, int pres, int qual)
+{
+    counts = { auth, author, pres, qual };
+}
+
+bool CertStore::hasContainer(int index) const
+{
+    return index >= 0 && index < containers && counts[index] > 0;
+}
+
+int CertStore::qualifiedCount() const
+{
+    return counts[qualified];
+}
+
+void CertStore::setCerts(int index, const QByteArray &cert)
+{
+    if (index < 0 || index >= containers || cert.isEmpty())
+        return;
+    lists[index] = { cert };
+}
+
+void CertStore::setQualifiedCerts(const QList<QByteArray> &certs)
+{
+    lists[qualified] = certs;
+}
+
+QList<QByteArray> CertStore::certs(int index) const
+{
+    return index >= 0 && index < containers ? lists[index] : QList<QByteArray>();
+}
+
+int CertStore::containerIndex(const QString &name)
+{
+    static const QMap<QString, int> indices = {
+        { QStringLiteral("Authentication"), 0 },
+        { QStringLiteral("Authorization"), 1 },
+        { QStringLiteral("Presence"), 2 },
+        { QStringLiteral("Qualified"), 3 },
+    };
+    return indices.value(name, -1);
+}

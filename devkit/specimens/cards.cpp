@@ -1,0 +1,256 @@
+#include "specimens/cards.h"
+
+#include <algorithm>
+
+#include "specimens/card_maker.h"
+#include "specimens/data_groups.h"
+
+namespace specimen {
+
+namespace {
+
+using sim::Card;
+
+// From this length on a DG13 needs a length of the long form, which the program refuses.
+constexpr std::size_t longForm = 0x80 + 2;
+
+void removeData(Card &card, const std::string &label)
+{
+    auto &objects = card.objects[sim::Emrtd];
+    objects.erase(
+        std::remove_if(objects.begin(), objects.end(), [&](const sim::Object &o) { return o.label == label; }),
+        objects.end());
+}
+
+void replaceData(Card &card, const std::string &label, const std::string &value)
+{
+    for (sim::Object &object : card.objects[sim::Emrtd]) {
+        if (object.label == label)
+            object.value = value;
+    }
+}
+
+void noDg13(Card &card, CardMaker &)
+{
+    removeData(card, "DG13");
+}
+
+void noDg11(Card &card, CardMaker &)
+{
+    removeData(card, "DG11");
+}
+
+void noDg12(Card &card, CardMaker &)
+{
+    removeData(card, "DG12");
+}
+
+void noPhoto(Card &card, CardMaker &)
+{
+    removeData(card, "DG2");
+}
+
+void noData(Card &card, CardMaker &)
+{
+    card.objects.erase(sim::Emrtd);
+}
+
+void badPhoto(Card &card, CardMaker &)
+{
+    replaceData(card, "DG2", dg2("no picture in here", 0, 0));
+}
+
+// Names of a usual length, but a national data group that is as long as if there were more in it.
+void longDg13(Card &card, CardMaker &)
+{
+    Person holder = person("anna");
+    holder.familyName = "Zającówna-Krzemieniewska-Błogosławiona";
+    holder.motherName = "Krystyna Bronisława Przemysława";
+    replaceData(card, "DG13", dg13(holder));
+}
+
+void oneName(Card &card, CardMaker &)
+{
+    Person holder = person("bartlomiej");
+    holder.secondName.clear();
+    card.holder = holder.fullName();
+    replaceData(card, "DG1", dg1(holder));
+    replaceData(card, "DG13", dg13(holder));
+}
+
+void noCertificates(Card &card, CardMaker &)
+{
+    for (const char *container : { sim::Authentication, sim::Presence, sim::Authorization, sim::Qualified })
+        card.objects.erase(container);
+}
+
+void threeQualified(Card &card, CardMaker &maker)
+{
+    maker.addCertificate(card, sim::Qualified, person("jan"), 1);
+    maker.addCertificate(card, sim::Qualified, person("jan"), 2);
+}
+
+void twoAuthentication(Card &card, CardMaker &maker)
+{
+    maker.addCertificate(card, sim::Authentication, person("halina"));
+}
+
+// Objects that a reader must pass over, before and between the good ones.
+void oddObjects(Card &card, CardMaker &)
+{
+    auto &data = card.objects[sim::Emrtd];
+    data.insert(data.begin(), CardMaker::dataObject("", "no label"));
+    data.front().file = "unlabelled.bin";
+    data.insert(data.begin() + 2, CardMaker::dataObject("   ", "a label of blanks"));
+    data[2].file = "blanks.bin";
+    data.insert(data.begin() + 3, CardMaker::dataObject("EMPTY", ""));
+    data.push_back(CardMaker::dataObject("PRIVATE", "found after login only"));
+    data.back().isPrivate = true;
+    sim::Object noValue = card.objects[sim::Qualified].front();
+    noValue.file.clear();
+    noValue.value.clear();
+    card.objects[sim::Qualified].insert(card.objects[sim::Qualified].begin(), noValue);
+}
+
+void withoutQualified(Card &card)
+{
+    card.objects.erase(sim::Qualified);
+}
+
+void firstPin(Card &card, CardMaker &)
+{
+    withoutQualified(card);
+    card.state.pins[sim::Qualified].toBeChanged = true;
+}
+
+void notInitialized(Card &card, CardMaker &)
+{
+    withoutQualified(card);
+    card.state.pins[sim::Qualified].initialized = false;
+}
+
+void zaneta(Card &card, CardMaker &maker)
+{
+    firstPin(card, maker);
+    card.state.pins[sim::Authorization].tries = 0;
+}
+
+void lockedAuthentication(Card &card, CardMaker &)
+{
+    card.state.pins[sim::Authentication].tries = 0;
+}
+
+void lockedAuthorization(Card &card, CardMaker &)
+{
+    card.state.pins[sim::Authorization].tries = 0;
+}
+
+void lockedQualified(Card &card, CardMaker &)
+{
+    card.state.pins[sim::Qualified].tries = 0;
+}
+
+void lockedPins(Card &card, CardMaker &maker)
+{
+    lockedAuthentication(card, maker);
+    lockedAuthorization(card, maker);
+    lockedQualified(card, maker);
+}
+
+void lockedPuk(Card &card, CardMaker &maker)
+{
+    lockedPins(card, maker);
+    card.state.pukTries = 0;
+}
+
+void presenceOnly(Card &card, CardMaker &)
+{
+    auto &data = card.objects[sim::Emrtd];
+    auto &presence = card.objects[sim::Presence];
+    presence.insert(presence.end(), data.begin(), data.end());
+    card.objects.erase(sim::Emrtd);
+}
+
+void foreign(Card &card, CardMaker &)
+{
+    card.supported = false;
+    card.chip.clear();
+    card.objects.clear();
+    card.holder = "not one of our cards";
+}
+
+void asItIs(Card &, CardMaker &) { }
+
+const struct Variant {
+    const char *name;
+    const char *person;
+    const char *chip;
+    void (*change)(Card &card, CardMaker &maker);
+} variants[] = {
+    { "anna", "anna", "VELMOR_2_2", asItIs },
+    { "jan", "jan", "VELMOR_2_1", asItIs },
+    { "ewa", "ewa", "VELMOR_2_0", asItIs },
+    { "halina", "halina", "VELMOR_1_0", asItIs },
+    { "bartlomiej", "bartlomiej", "VELMOR_2_2_TEST", asItIs },
+    { "zaneta", "zaneta", "VELMOR_2_2", zaneta },
+    { "no-dg13", "jan", "VELMOR_2_2", noDg13 },
+    { "long-dg13", "anna", "VELMOR_2_2", longDg13 },
+    { "one-name", "bartlomiej", "VELMOR_2_2", oneName },
+    { "no-dg11", "ewa", "VELMOR_2_2", noDg11 },
+    { "no-dg12", "halina", "VELMOR_2_2", noDg12 },
+    { "no-certificates", "zygmunt", "VELMOR_2_2", noCertificates },
+    { "three-qualified", "jan", "VELMOR_2_2", threeQualified },
+    { "two-authentication", "halina", "VELMOR_2_2", twoAuthentication },
+    { "odd-objects", "bartlomiej", "VELMOR_2_2", oddObjects },
+    { "first-pin", "ewa", "VELMOR_2_2", firstPin },
+    { "not-initialized", "zygmunt", "VELMOR_2_2", notInitialized },
+    { "locked-authentication", "anna", "VELMOR_2_2", lockedAuthentication },
+    { "locked-authorization", "jan", "VELMOR_2_2", lockedAuthorization },
+    { "locked-qualified", "halina", "VELMOR_2_2", lockedQualified },
+    { "locked-pins", "bartlomiej", "VELMOR_2_2", lockedPins },
+    { "locked-puk", "zygmunt", "VELMOR_2_2", lockedPuk },
+    { "presence-only", "zygmunt", "VELMOR_2_2", presenceOnly },
+    { "no-photo", "ewa", "VELMOR_2_2", noPhoto },
+    { "bad-photo", "anna", "VELMOR_2_2", badPhoto },
+    { "no-data", "jan", "VELMOR_2_2", noData },
+    { "long-names", "longest", "VELMOR_2_2", asItIs },
+    { "foreigner", "foreigner", "VELMOR_2_2", asItIs },
+    { "foreign", "anna", "", foreign },
+};
+
+// What the program expects of a card must hold for each of ours, or it shows something other than its name says.
+std::string complaint(const Card &card)
+{
+    for (const auto &row : card.objects) {
+        for (const sim::Object &object : row.second) {
+            if (object.objectClass == 1 && object.value.empty() && !object.file.empty())
+                return "no certificate for " + row.first;
+            if (object.label == "DG13" && (object.value.size() >= longForm) != (card.name == "long-dg13"))
+                return "a DG13 of " + std::to_string(object.value.size()) + " bytes";
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::vector<Card> makeCards(std::string &error)
+{
+    CardMaker maker;
+    std::vector<Card> cards;
+    if (!maker.isUsable())
+        error = "no key for the authority";
+    for (const Variant &variant : variants) {
+        if (!error.empty())
+            return {};
+        Card card = maker.good(variant.name, variant.person, variant.chip);
+        variant.change(card, maker);
+        const std::string wrong = complaint(card);
+        if (!wrong.empty())
+            error = card.name + ": " + wrong;
+        cards.push_back(card);
+    }
+    return error.empty() ? cards : std::vector<Card>();
+}
+
+} // namespace specimen

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simworld/sim_world.h"
+
+namespace specimen {
+
+// All specimen cards with the values of their objects. Empty, with a reason, if one of them cannot be made.
+std::vector<sim::Card> makeCards(std::string &error);
+
+} // namespace specimen

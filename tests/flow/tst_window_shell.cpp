@@ -1,0 +1,314 @@
+#include "support/flow.h"
+
+#include "base/settings.h"
+#include "gui/popup.h"
+
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QTextBrowser>
+
+// The window itself: construction, titles, loader, minimising, quitting, and the dialogs it opens.
+class TestWindowShell : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<Flow> flow;
+
+    // Runs `check` on the next modal dialog, then presses one of its buttons.
+    void answerDialog(QDialogButtonBox::StandardButton button, const std::function<void(QWidget *)> &check = {})
+    {
+        auto *timer = new QTimer(flow->window.get());
+        connect(timer, &QTimer::timeout, timer, [timer, button, check] {
+            QWidget *dialog = QApplication::activeModalWidget();
+            if (!dialog || !dialog->isVisible())
+                return;
+            timer->deleteLater();
+            if (check)
+                check(dialog);
+            dialog->findChild<QDialogButtonBox *>("buttonBox")->button(button)->click();
+        });
+        timer->start(20);
+    }
+
+    void showPage(const char *page) { flow->find<QStackedWidget>("pager")->setCurrentWidget(flow->widget(page)); }
+
+private slots:
+    void initTestCase() { Flow::setUpApplication(); }
+    void init() { flow = std::make_unique<Flow>(); }
+    void cleanup()
+    {
+        flow.reset();
+        Settings::instance()->setValue("updateAvailable", "");
+        Settings::instance()->setValue("updateInProgress", "");
+    }
+
+    void windowIsFramelessAndTransparentAroundItsFrame()
+    {
+        flow->openWindow();
+
+        const int flags = 0x4901; // window, fixed size, frameless, with a minimise button
+        QCOMPARE(int(flow->window->windowFlags()) & flags, flags);
+        QVERIFY(flow->window->testAttribute(Qt::WA_TranslucentBackground));
+        QCOMPARE(flow->widget("mainFrame")->size(), QSize(900, 697));
+        QCOMPARE(flow->window->size(), QSize(940, 717));
+        QCOMPARE(flow->widget("mainFrame")->mapTo(flow->window.get(), QPoint(0, 0)), QPoint(20, 0));
+        QCOMPARE(flow->widget("header")->height(), 80);
+    }
+
+    void titleVersionAndLinksAreSetAtTheStart()
+    {
+        flow->openWindow();
+
+        QCOMPARE(flow->title(), QString("velmor Menedżer "));
+        QCOMPARE(flow->label("lSubTitle")->text(), QString());
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
+        QCOMPARE(flow->label("lVersion")->text(), QString("Wersja aplikacji: <b>4.3.5</b>"));
+        QVERIFY(flow->label("lGuide")->text().contains("/statics/instrukcja.html"));
+        QVERIFY(flow->label("lLicense")->text().contains("/Licenses/license.html"));
+        QVERIFY(flow->label("lLicense")->text().contains(">Umowa  Licencyjna<"));
+        QVERIFY(flow->label("lChangelog")->text().contains("/statics/historia_zmian.html"));
+        QCOMPARE(flow->find<QTextBrowser>("tDiagnosticsRaport")->document()->defaultStyleSheet(),
+                 QString("a { color:#2c9eeb; font-weight:bold; }"));
+        QVERIFY(!flow->label("lError")->isHidden());
+        QCOMPARE(flow->label("lError")->text(), QString());
+    }
+
+    void widgetsThatWaitForTheirTimeAreHidden()
+    {
+        flow->openWindow();
+        for (const char *name : { "bWroc", "lNewPinInfo", "lPinInfoPuk", "lNewPinInfoPuk", "lActualPinInfo",
+                                  "lRepeatPinInfo", "bArrowICAO", "bUpdate", "bUpdateArrow", "warningFrame" })
+            QVERIFY2(flow->widget(name)->isHidden(), name);
+    }
+
+    void pagesStandInTheirOrder()
+    {
+        flow->openWindow();
+        const auto *pager = flow->find<QStackedWidget>("pager");
+        const QStringList pages { "pageHome",        "pageAllData",      "pageCertInfo",
+                                  "pageChangePin",   "pageUnblockPin",   "pageCorrectChange",
+                                  "pageDisconected", "pageBlockedPuk_2", "pageNoElectricLayer",
+                                  "pageSettings",    "pageHelp",         "pageIntegration" };
+        QCOMPARE(pager->count(), pages.size());
+        for (int i = 0; i < pages.size(); ++i)
+            QCOMPARE(pager->widget(i)->objectName(), pages[i]);
+        QCOMPARE(flow->find<QStackedWidget>("pagerBlockedPuk")->currentWidget()->objectName(), QString("pageValidPuk"));
+        QCOMPARE(flow->find<QStackedWidget>("pagerPinPadOrApp")->currentIndex(), 0);
+        QCOMPARE(flow->find<QStackedWidget>("pagerPinOrPinPadPuk")->currentIndex(), 0);
+    }
+
+    void titleMovesUpToMakeRoomForASubtitle()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
+    }
+
+    void settingsPageShowsTheStoredOptions()
+    {
+        Settings::instance()->setValue("hideCheckboxCANRemember", true);
+        Settings::instance()->setValue("useCSPforRSA", false);
+        flow->openWindow();
+        QVERIFY(flow->find<QAbstractButton>("cbCANStorage")->isChecked());
+        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
+
+        flow->find<QAbstractButton>("cbCSPChoose")->setChecked(true);
+        flow->button("bSettings")->click();
+        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
+        QCOMPARE(flow->title(), QString("Ustawienia"));
+        QVERIFY(flow->widget("bWroc")->isHidden());
+        QVERIFY(!flow->widget("bIntegrate")->isEnabled());
+        QVERIFY(flow->widget("bSettings")->isEnabled());
+        Settings::instance()->setValue("hideCheckboxCANRemember", false);
+    }
+
+    void standaloneSettingsPageLeavesTheBackButtonAlone()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->window->moveToSettingsPage(true);
+        QVERIFY(flow->widget("bWroc")->isHidden());
+        flow->window->moveToSettingsPage(false);
+        QVERIFY(!flow->widget("bWroc")->isHidden());
+    }
+
+    void updateButtonsFollowTheStore_data()
+    {
+        QTest::addColumn<QString>("available");
+        QTest::addColumn<QString>("inProgress");
+        QTest::addColumn<bool>("shown");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("nothing") << ""
+                                 << "" << false << true;
+        QTest::newRow("available") << "true"
+                                   << "" << true << true;
+        QTest::newRow("running") << "true"
+                                 << "true" << true << false;
+        QTest::newRow("other word") << "1"
+                                    << "yes" << false << true;
+    }
+    void updateButtonsFollowTheStore()
+    {
+        QFETCH(QString, available);
+        QFETCH(QString, inProgress);
+        QFETCH(bool, shown);
+        QFETCH(bool, enabled);
+        flow->openWindow();
+        Settings::instance()->setValue("updateAvailable", available);
+        Settings::instance()->setValue("updateInProgress", inProgress);
+
+        flow->window->checkForUpdate();
+
+        for (const char *name : { "bUpdate", "bUpdateArrow" }) {
+            QCOMPARE(!flow->widget(name)->isHidden(), shown);
+            QCOMPARE(flow->widget(name)->isEnabled(), enabled);
+        }
+        QCOMPARE(flow->button("bUpdate")->text(), QString("Aktualizuj"));
+    }
+
+    void minimisingAndRestoringLeavesTheWindowWhereItStood()
+    {
+        flow->openWindow();
+        const QRect before = flow->window->geometry();
+        LogCatcher log;
+
+        flow->button("bMinimalize")->click();
+        QVERIFY(log.has("minimizeClicked()"));
+        flow->window->showWndw();
+
+        QVERIFY(log.has("Unminimalize()"));
+        QVERIFY(log.has("Show window called"));
+        QCOMPARE(flow->window->geometry(), before);
+    }
+
+    void loaderAnnouncesItsTitleWithoutMarkup()
+    {
+        QVERIFY(flow->showCard("anna"));
+
+        flow->window->loadAll();
+
+        QCOMPARE(flow->label("loadingDesc")->accessibleName(), QString("Trwa łączenie z czytnikami"));
+        QCOMPARE(flow->window->focusWidget(), flow->label("loadingDesc"));
+        QVERIFY(flow->waitForCard());
+        QVERIFY(flow->widget("bSettings")->isEnabled());
+        QVERIFY(flow->widget("bHelp")->isEnabled());
+    }
+
+    void quitIsRefusedWhileAPinpadOperationIsShown_data()
+    {
+        QTest::addColumn<QString>("page");
+        QTest::newRow("change") << "pageChangePin";
+        QTest::newRow("unblock") << "pageUnblockPin";
+    }
+    void quitIsRefusedWhileAPinpadOperationIsShown()
+    {
+        QFETCH(QString, page);
+        flow->world.addReader("Klawiatura", true);
+        QVERIFY(flow->showCard("anna", "Klawiatura"));
+        showPage(page.toLatin1().constData());
+        QString title, text;
+        answerDialog(QDialogButtonBox::Close, [&](QWidget *dialog) {
+            title = dialog->findChild<QLabel *>("lMainTitle")->text();
+            text = dialog->findChild<QLabel *>("lText")->text();
+        });
+
+        flow->button("bClose")->click();
+
+        QCOMPARE(title, QString("Zamykanie aplikacji"));
+        QVERIFY(text.contains("<br/><nobr>Zakończ najpierw operację na czytniku z pinpadem.</nobr><br/>"));
+        QVERIFY(flow->window->isVisible());
+        QVERIFY(!flow->loaderShown());
+    }
+
+    void quitOnAPinPageWithoutPinpadCloses()
+    {
+        QVERIFY(flow->showCard("anna"));
+        showPage("pageChangePin");
+        LogCatcher log;
+
+        flow->button("bClose")->click();
+
+        QVERIFY(flow->loaderShown());
+        QCOMPARE(flow->label("loadingDesc")->text(), QString("Zamykanie aplikacji"));
+        QTRY_VERIFY(!flow->window->isVisible());
+        QCOMPARE(log.count("closeTheards()"), 1);
+        QVERIFY(!log.has("terminateTheards()"));
+    }
+
+    void blockedWorkerIsTerminatedAtTheFourthAttempt()
+    {
+        QVERIFY(flow->showCard("anna"));
+        sim::Fault fault;
+        fault.function = "C_GetSlotList";
+        fault.block = true;
+        flow->world.addFault(fault);
+        flow->window->loadAll();
+        QTRY_COMPARE(flow->world.waitingCalls(), 1);
+        LogCatcher log;
+
+        flow->window->quitClicked();
+
+        QTRY_VERIFY_WITH_TIMEOUT(!flow->window->isVisible(), 8000);
+        QCOMPARE(log.count("closeTheards()"), 3);
+        QVERIFY(log.count("terminateTheards()") >= 1);
+    }
+
+    void closePopupsEndsAnOpenDialog()
+    {
+        flow->openWindow();
+        QTimer::singleShot(300, flow->window.get(), &Window::closePopups);
+        LogCatcher log;
+
+        QMetaObject::invokeMethod(flow->window.get(), "showReaderWarningPopup");
+
+        QVERIFY(log.has("Close popup signal received"));
+    }
+
+    void readerWarningExplainsWhatIsWrong()
+    {
+        flow->openWindow();
+        QString text;
+        QSize frame;
+        answerDialog(QDialogButtonBox::Ok, [&](QWidget *dialog) {
+            text = dialog->findChild<QLabel *>("lText")->text();
+            frame = dialog->findChild<QWidget *>("mainFrame")->size();
+        });
+        LogCatcher log;
+
+        flow->button("bReaderWarning")->click();
+
+        QVERIFY(text.contains(
+            "Twój czytnik <b></b> nie działa w pełni prawidłowo.<br><b>Niektóre funkcje mogą działać bardzo wolno lub "
+            "mogą być nie wspierane.</b><br><br>Upewnij się, czy masz zainstalowane poprawne sterowniki do obsługi "
+            "czytnika oraz czy czytnik spełnia wymagania dla velmor (obsługa Extended APDU)."));
+        QVERIFY(log.has("Reader:  does not support Extended APDU"));
+        QCOMPARE(frame.width(), 530);
+    }
+
+    void destructorRemovesTheTemporaryCertificate()
+    {
+        flow->openWindow();
+        const QString path = QDir::tempPath() + "/cert.cer";
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+
+        flow->closeWindow();
+
+        QVERIFY(!QFile::exists(path));
+    }
+
+    void pagesOfLaterStepsOnlyWriteTheirLine()
+    {
+        QVERIFY(flow->showCard("anna"));
+        LogCatcher log;
+
+        flow->button("bHelp")->click();
+        flow->button("bArrowAuthenCert")->click();
+        flow->button("bArrowICAO")->click();
+
+        QVERIFY(log.has("show help"));
+        QCOMPARE(flow->page(), QString("pageHome"));
+    }
+};
+
+VELMOR_TEST_MAIN(TestWindowShell)
+#include "tst_window_shell.moc"

@@ -1,0 +1,81 @@
+#include "support/flow.h"
+
+#include "app/app.h"
+#include "shared.h"
+
+namespace {
+
+constexpr int patience = 10000;
+
+}
+
+void Flow::setUpApplication()
+{
+    App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager");
+    QCoreApplication::setApplicationVersion("4.3.5");
+    Shared::loadResources();
+    App::instance()->initQApp();
+}
+
+Flow::Flow()
+{
+    world.reset();
+}
+
+Flow::~Flow()
+{
+    world.clearFaults();
+    world.release();
+    closeWindow();
+}
+
+void Flow::openWindow()
+{
+    window = std::make_unique<Window>();
+    window->show();
+}
+
+void Flow::closeWindow()
+{
+    if (!window)
+        return;
+    // With the page of a pinpad operation shown the program refuses to quit.
+    find<QStackedWidget>("pager")->setCurrentWidget(widget("pageHome"));
+    window->quitClicked();
+    QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), patience);
+    window.reset();
+}
+
+QString Flow::page() const
+{
+    return find<QStackedWidget>("pager")->currentWidget()->objectName();
+}
+
+bool Flow::showCard(const std::string &card, const std::string &reader)
+{
+    if (!world.insertCard(reader, card))
+        qFatal("%s", world.error().c_str());
+    if (!window)
+        openWindow();
+    window->loadedReaders({ QString::fromStdString(reader) });
+    return waitForCard();
+}
+
+bool Flow::waitForCard()
+{
+    return QTest::qWaitFor([this] { return !loaderShown() && (photoArrived() || page() == "pageNoElectricLayer"); },
+                           patience);
+}
+
+QStringList Flow::calls() const
+{
+    QStringList result;
+    for (const sim::TraceEntry &entry : world.trace()) {
+        QString call = QString::fromStdString(entry.function);
+        const auto container = entry.arguments.find("container");
+        if (container != entry.arguments.end() && !container->second.empty())
+            call += ' ' + QString::fromStdString(container->second);
+        result << call;
+    }
+    return result;
+}

@@ -1,0 +1,101 @@
+#include "support/testmain.h"
+
+#include <QDir>
+#include <QMutex>
+#include <QTemporaryDir>
+
+namespace {
+
+QMutex mutex;
+QStringList caught;
+QtMessageHandler before = nullptr;
+QString homePath;
+
+void catchMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    {
+        QMutexLocker locker(&mutex);
+        caught << message;
+    }
+    if (before)
+        before(type, context, message);
+}
+
+} // namespace
+
+TestHome::TestHome() : folder(new QTemporaryDir)
+{
+    // Short, since TMPDIR also holds the names of local sockets.
+    homePath = folder->path();
+    const QDir home(homePath);
+    const struct {
+        const char *variable;
+        const char *subfolder;
+    } rows[] = {
+        { "HOME", "home" },
+        { "USERPROFILE", "home" },
+        { "XDG_CONFIG_HOME", "config" },
+        { "XDG_CONFIG_DIRS", "xdg" },
+        { "XDG_STATE_HOME", "state" },
+        { "XDG_DATA_HOME", "data" },
+        { "XDG_CACHE_HOME", "cache" },
+        { "XDG_RUNTIME_DIR", "run" },
+        { "TMPDIR", "tmp" },
+        { "TEMP", "tmp" },
+        { "TMP", "tmp" },
+        { "APPDATA", "appdata" },
+        { "VELMOR_SIM_WORLD", "world" },
+    };
+    for (const auto &row : rows) {
+        home.mkpath(row.subfolder);
+        qputenv(row.variable, QDir::toNativeSeparators(home.filePath(row.subfolder)).toLocal8Bit());
+    }
+    QFile::setPermissions(home.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // The store's machine branch is fixed when the first store is made, from XDG_CONFIG_DIRS on the systems that have
+    // it.
+    qunsetenv("QT_SCREEN_SCALE_FACTORS");
+}
+
+TestHome::~TestHome()
+{
+    delete folder;
+}
+
+QString TestHome::path()
+{
+    return homePath;
+}
+
+LogCatcher::LogCatcher()
+{
+    clear();
+    before = qInstallMessageHandler(catchMessage);
+}
+
+LogCatcher::~LogCatcher()
+{
+    qInstallMessageHandler(before);
+    before = nullptr;
+}
+
+QStringList LogCatcher::lines() const
+{
+    QMutexLocker locker(&mutex);
+    return caught;
+}
+
+bool LogCatcher::has(const QString &part) const
+{
+    return count(part) > 0;
+}
+
+int LogCatcher::count(const QString &part) const
+{
+    return lines().filter(part).size();
+}
+
+void LogCatcher::clear()
+{
+    QMutexLocker locker(&mutex);
+    caught.clear();
+}

@@ -1,0 +1,223 @@
+#include "support/testmain.h"
+
+#include "card/cert_store.h"
+
+#include <limits>
+
+// Counts and certificates of the card in the reader.
+class TstCertStore : public QObject {
+    Q_OBJECT
+
+private slots:
+    void freshStoreIsEmpty();
+    void containerHasItsIndex_data();
+    void containerHasItsIndex();
+    void countsStandInArgumentOrder();
+    void countOfZeroOrLessIsNoContainer();
+    void indexOutsideHasNoContainer_data();
+    void indexOutsideHasNoContainer();
+    void certificateReplacesTheList();
+    void emptyCertificateChangesNothing();
+    void certificateOutsideChangesNothing_data();
+    void certificateOutsideChangesNothing();
+    void qualifiedListIsReplaced();
+    void emptyQualifiedListEmptiesIt();
+    void certsGivesACopy();
+    void countsAndListsAreApart();
+    void clearForgetsAll();
+};
+
+namespace {
+
+using Certs = QList<QByteArray>;
+
+void addOutsideRows()
+{
+    QTest::addColumn<int>("index");
+    for (const int index : { -1, 4, 5, 255, std::numeric_limits<int>::min(), std::numeric_limits<int>::max() })
+        QTest::addRow("%d", index) << index;
+}
+
+} // namespace
+
+void TstCertStore::freshStoreIsEmpty()
+{
+    const CertStore store;
+
+    for (int index = 0; index < 4; ++index) {
+        QVERIFY(!store.hasContainer(index));
+        QCOMPARE(store.certs(index), Certs());
+    }
+    QCOMPARE(store.qualifiedCount(), 0);
+}
+
+void TstCertStore::containerHasItsIndex_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("index");
+    QTest::newRow("Authentication") << "Authentication" << 0;
+    QTest::newRow("Authorization") << "Authorization" << 1;
+    QTest::newRow("Presence") << "Presence" << 2;
+    QTest::newRow("Qualified") << "Qualified" << 3;
+    QTest::newRow("no name") << "" << -1;
+    QTest::newRow("small letters") << "qualified" << -1;
+    QTest::newRow("part of a name") << "Auth" << -1;
+    QTest::newRow("more than a name") << "Presence " << -1;
+    QTest::newRow("token of the data groups") << "eMRTD" << -1;
+}
+
+void TstCertStore::containerHasItsIndex()
+{
+    QFETCH(QString, name);
+
+    QTEST(CertStore::containerIndex(name), "index");
+}
+
+void TstCertStore::countsStandInArgumentOrder()
+{
+    for (int only = 0; only < 4; ++only) {
+        CertStore store;
+
+        store.setCounts(only == 0, only == 1, only == 2, only == 3);
+
+        for (int index = 0; index < 4; ++index)
+            QCOMPARE(store.hasContainer(index), index == only);
+        QCOMPARE(store.qualifiedCount(), only == 3 ? 1 : 0);
+    }
+    CertStore store;
+    store.setCounts(4, 5, 6, 7);
+    QCOMPARE(store.qualifiedCount(), 7);
+}
+
+void TstCertStore::countOfZeroOrLessIsNoContainer()
+{
+    CertStore store;
+
+    store.setCounts(-1, 0, std::numeric_limits<int>::min(), -3);
+
+    for (int index = 0; index < 4; ++index)
+        QVERIFY(!store.hasContainer(index));
+    QCOMPARE(store.qualifiedCount(), -3);
+}
+
+void TstCertStore::indexOutsideHasNoContainer_data()
+{
+    addOutsideRows();
+}
+
+void TstCertStore::indexOutsideHasNoContainer()
+{
+    QFETCH(int, index);
+    CertStore store;
+
+    store.setCounts(1, 1, 1, 1);
+
+    QVERIFY(!store.hasContainer(index));
+}
+
+void TstCertStore::certificateReplacesTheList()
+{
+    for (int index = 0; index < 4; ++index) {
+        CertStore store;
+        store.setQualifiedCerts({ "a", "b", "c" });
+
+        store.setCerts(index, "first");
+        store.setCerts(index, "second");
+
+        for (int other = 0; other < 3; ++other)
+            QCOMPARE(store.certs(other), other == index ? Certs({ "second" }) : Certs());
+        QCOMPARE(store.certs(3), index == 3 ? Certs({ "second" }) : Certs({ "a", "b", "c" }));
+    }
+}
+
+void TstCertStore::emptyCertificateChangesNothing()
+{
+    CertStore store;
+    store.setCerts(1, "kept");
+
+    store.setCerts(1, QByteArray());
+    store.setCerts(1, QByteArray(""));
+
+    QCOMPARE(store.certs(1), Certs({ "kept" }));
+}
+
+void TstCertStore::certificateOutsideChangesNothing_data()
+{
+    addOutsideRows();
+}
+
+void TstCertStore::certificateOutsideChangesNothing()
+{
+    QFETCH(int, index);
+    CertStore store;
+
+    store.setCerts(index, "certificate");
+
+    for (int inside = 0; inside < 4; ++inside)
+        QCOMPARE(store.certs(inside), Certs());
+    QCOMPARE(store.certs(index), Certs());
+}
+
+void TstCertStore::qualifiedListIsReplaced()
+{
+    CertStore store;
+    store.setQualifiedCerts({ "a", "b", "c" });
+
+    store.setQualifiedCerts({ "d", "e" });
+
+    QCOMPARE(store.certs(3), Certs({ "d", "e" }));
+}
+
+void TstCertStore::emptyQualifiedListEmptiesIt()
+{
+    CertStore store;
+    store.setQualifiedCerts({ "a" });
+
+    store.setQualifiedCerts({});
+
+    QCOMPARE(store.certs(3), Certs());
+}
+
+void TstCertStore::certsGivesACopy()
+{
+    CertStore store;
+    store.setCerts(0, "certificate");
+
+    Certs copy = store.certs(0);
+    copy.append("another");
+    copy[0] = "changed";
+
+    QCOMPARE(store.certs(0), Certs({ "certificate" }));
+}
+
+void TstCertStore::countsAndListsAreApart()
+{
+    CertStore store;
+
+    store.setCounts(1, 1, 1, 3);
+    QCOMPARE(store.certs(3), Certs());
+    store.setCounts(0, 0, 0, 0);
+    store.setQualifiedCerts({ "a", "b" });
+
+    QCOMPARE(store.qualifiedCount(), 0);
+    QVERIFY(!store.hasContainer(3));
+}
+
+void TstCertStore::clearForgetsAll()
+{
+    CertStore store;
+    store.setCounts(1, 2, 3, 4);
+    for (int index = 0; index < 4; ++index)
+        store.setCerts(index, "certificate");
+
+    store.clear();
+
+    for (int index = 0; index < 4; ++index) {
+        QVERIFY(!store.hasContainer(index));
+        QCOMPARE(store.certs(index), Certs());
+    }
+    QCOMPARE(store.qualifiedCount(), 0);
+}
+
+VELMOR_TEST_MAIN(TstCertStore)
+#include "tst_cert_store.moc"

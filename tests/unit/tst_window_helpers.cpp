@@ -1,0 +1,146 @@
+#include "document_links.h"
+#include "field_style.h"
+#include "header_drag.h"
+#include "home_cards.h"
+#include "text_width.h"
+
+#include "support/testmain.h"
+
+#include <QLineEdit>
+
+class TestWindowHelpers : public QObject {
+    Q_OBJECT
+
+private slots:
+    void textIsCutByAverageWidthOnlyWhenItLeavesLessThanTwentyPixels_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("textWidth");
+        QTest::addColumn<int>("labelWidth");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("fits") << "abcdefghij" << 80 << 100 << "abcdefghij";
+        // 10 characters, 81 pixels, room for 80: 80 / 8.1 = 9.87
+        QTest::newRow("one pixel too wide") << "abcdefghij" << 81 << 100 << "abcdefghi...";
+        QTest::newRow("half") << "abcdefghij" << 160 << 100 << "abcde...";
+        QTest::newRow("fractional average") << "abcdefghij" << 105 << 64 << "abcd...";
+        QTest::newRow("no room") << "abc" << 30 << 10 << "...";
+        QTest::newRow("empty") << "" << 0 << 10 << "";
+    }
+    void textIsCutByAverageWidthOnlyWhenItLeavesLessThanTwentyPixels()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, textWidth);
+        QFETCH(int, labelWidth);
+        QTEST(elidedToWidth(text, textWidth, labelWidth), "shown");
+    }
+
+    void onlyAPressOnTheHeaderMovesTheWindow_data()
+    {
+        QTest::addColumn<QPoint>("press");
+        QTest::addColumn<bool>("moves");
+        // Window 940 by 717, frame 900 by 697: margins 20 and 10.
+        QTest::newRow("middle of the header") << QPoint(400, 40) << true;
+        QTest::newRow("left of the frame") << QPoint(20, 40) << false;
+        QTest::newRow("first column") << QPoint(21, 40) << true;
+        QTest::newRow("last column") << QPoint(919, 40) << true;
+        QTest::newRow("right of the frame") << QPoint(920, 40) << false;
+        QTest::newRow("top row") << QPoint(400, 0) << false;
+        QTest::newRow("second row") << QPoint(400, 1) << true;
+        QTest::newRow("last row") << QPoint(400, 89) << true;
+        QTest::newRow("below") << QPoint(400, 90) << false;
+        QTest::newRow("on the pages") << QPoint(400, 300) << false;
+    }
+    void onlyAPressOnTheHeaderMovesTheWindow()
+    {
+        QFETCH(QPoint, press);
+        QTEST(isOnHeader(press, QSize(940, 717), QSize(900, 697)), "moves");
+    }
+
+    void marginsAreAbsolute()
+    {
+        // A frame larger than the window gives the same margins as a smaller one.
+        QVERIFY(!isOnHeader(QPoint(20, 40), QSize(860, 677), QSize(900, 697)));
+        QVERIFY(isOnHeader(QPoint(21, 40), QSize(860, 677), QSize(900, 697)));
+    }
+
+    void accessibleTextDropsMarkupAndSpellsTheAbbreviation()
+    {
+        QCOMPARE(HomeCards::accessibleText("<p>numer <b>kan</b></p>"), QString("numer CAN"));
+        QCOMPARE(HomeCards::accessibleText("Kanada, bekan"), QString("Kanada, beCAN"));
+        QCOMPARE(HomeCards::accessibleText("       Zmień PIN"), QString("       Zmień PIN"));
+    }
+
+    void oneQualifiedCertificateIsSpokenInTheSingular_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("spoken");
+        QTest::newRow("0") << 0 << "Certyfikat kwalifikowany masz 0 certyfikaty kwalifikowane";
+        QTest::newRow("1") << 1 << "Certyfikat kwalifikowany masz 1 certyfikat kwalifikowany";
+        QTest::newRow("2") << 2 << "Certyfikat kwalifikowany masz 2 certyfikaty kwalifikowane";
+        QTest::newRow("5") << 5 << "Certyfikat kwalifikowany masz 5 certyfikaty kwalifikowane";
+    }
+    void oneQualifiedCertificateIsSpokenInTheSingular()
+    {
+        QFETCH(int, count);
+        QTEST(HomeCards::qualifiedCountText(count), "spoken");
+    }
+
+    void pinButtonIsOffForAFirstPinAndForAMissingToken_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("change") << "       Zmień PIN" << true;
+        QTest::newRow("unblock") << "       Odblokuj PIN" << true;
+        QTest::newRow("first PIN") << "       Nadaj PIN" << false;
+        QTest::newRow("missing token") << "       " << false;
+    }
+    void pinButtonIsOffForAFirstPinAndForAMissingToken()
+    {
+        QFETCH(QString, text);
+        QTEST(HomeCards::pinButtonEnabled(text), "enabled");
+    }
+
+    void tileTextsStandInTheOrderOfTheContainers()
+    {
+        const auto &rows = HomeCards::texts();
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(int(rows[i].container), i);
+        QCOMPARE(QString(rows[0].title), QString("Certyfikat do \nidentyfikacji i uwierzytelniania"));
+        QCOMPARE(QString(rows[0].text),
+                 QString("Możesz potwierdzać swoją tożsamość w internecie (na przykład korzystać z e-usług) "));
+        QCOMPARE(QString(rows[1].title), QString("Certyfikat do \npodpisu osobistego"));
+        QCOMPARE(QString(rows[1].text), QString("Możesz podpisywać dokumenty (służy jako elektroniczny podpis) "));
+        QCOMPARE(QString(rows[2].title), QString("Certyfikat do \npotwierdzania obecności"));
+        QCOMPARE(QString(rows[2].text),
+                 QString("Możesz potwierdzać swoją obecność (na przykład w placówce medycznej)"));
+        QCOMPARE(QString(rows[3].title), QString("Certyfikat \nkwalifikowany"));
+        QCOMPARE(QString(rows[3].text), QString("Możesz dodawać certyfikaty kwalifikowane "));
+    }
+
+    void documentLinkHasOneSlashBeforeThePath()
+    {
+        QCOMPARE(documentLink("/opt/velmor/statics/instrukcja.html", "Instrukcja"),
+                 QString("<a href='file:///opt/velmor/statics/instrukcja.html' style='color:#2b9eeb;'>Instrukcja</a>"));
+        QCOMPARE(
+            documentLink("C:/velmor/Licenses/license.html", "Umowa  Licencyjna"),
+            QString("<a href='file:///C:/velmor/Licenses/license.html' style='color:#2b9eeb;'>Umowa  Licencyjna</a>"));
+        QCOMPARE(documentLink("/a/%2/x.html", "T"),
+                 QString("<a href='file:///a/%2/x.html' style='color:#2b9eeb;'>T</a>"));
+    }
+
+    void fieldStylesStartWithTheSameBorder()
+    {
+        const QString border =
+            "border-style: none;\nborder-radius:10px;padding: 10px;font-size: 16px;font-family: Poppins;";
+        QLineEdit field;
+
+        setFieldStyle(&field, true);
+        QCOMPARE(field.styleSheet(), border + "background: rgba(212, 214, 215, 70%);");
+
+        setFieldStyle(&field, false);
+        QCOMPARE(field.styleSheet(), border + "background:rgb(234,4,73,30%); color: rgb(234,4,73);");
+    }
+};
+
+VELMOR_TEST_MAIN(TestWindowHelpers)
+#include "tst_window_helpers.moc"

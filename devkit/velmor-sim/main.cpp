@@ -7,6 +7,7 @@
 #include "simworld/command_faults.h"
 #include "simworld/commands.h"
 #include "simworld/platform.h"
+#include "simworld/reader_message.h"
 #include "simworld/sim_world.h"
 #include "simworld/world_store.h"
 #include "velmor-sim/report.h"
@@ -42,6 +43,7 @@ std::string help()
            "eMRTD.\n"
            "\n"
            "  list\n      readers, cards in them, tries left, faults, what waits\n"
+           "  message\n      the readers as Manager takes them after -r\n"
            "  cards\n      all cards that can be inserted\n"
            "  trace [FUNCTION]\n      calls of the library so far\n"
            "  events\n      changes of readers and cards so far\n"
@@ -60,6 +62,11 @@ int runHelp(sim::SimWorld &, const Words &words)
 int runList(sim::SimWorld &world, const Words &)
 {
     return print(describeWorld(world));
+}
+
+int runMessage(sim::SimWorld &world, const Words &)
+{
+    return print(sim::readerMessage(world.readers()) + "\n");
 }
 
 int runCards(sim::SimWorld &world, const Words &)
@@ -92,14 +99,9 @@ const struct Query {
     std::size_t most;
     int (*run)(sim::SimWorld &world, const Words &words);
 } queries[] = {
-    { "list", 0, 0, runList },
-    { "cards", 0, 0, runCards },
-    { "events", 0, 0, runEvents },
-    { "trace", 0, 1, runTrace },
-    { "scenario", 1, 1, runScenarioFile },
-    { "help", 0, 1, runHelp },
-    { "--help", 0, 1, runHelp },
-    { "-h", 0, 1, runHelp },
+    { "list", 0, 0, runList },     { "message", 0, 0, runMessage }, { "cards", 0, 0, runCards },
+    { "events", 0, 0, runEvents }, { "trace", 0, 1, runTrace },     { "scenario", 1, 1, runScenarioFile },
+    { "help", 0, 1, runHelp },     { "--help", 0, 1, runHelp },     { "-h", 0, 1, runHelp },
 };
 
 bool isTraceChange(const Words &words)

@@ -9,6 +9,7 @@ private slots:
     void init();
     void insertMakesAReaderIfThereIsNone();
     void listShowsReadersCardsAndTries();
+    void messageNamesReadersWithAReadableCardOrTheReasonForNone();
     void commandsChangeTheWorld_data();
     void commandsChangeTheWorld();
     void whatCannotBeDoneEndsWithOneAndAReason_data();
@@ -53,6 +54,24 @@ void TstVelmorSim::insertMakesAReaderIfThereIsNone()
     QCOMPARE(world.readers().at(0).name, std::string("Czytnik Alfa"));
     QCOMPARE(world.readers().at(0).card, std::string("anna"));
     QVERIFY(output.isEmpty() && errors.isEmpty());
+}
+
+void TstVelmorSim::messageNamesReadersWithAReadableCardOrTheReasonForNone()
+{
+    const auto message = [this](const QStringList &change) {
+        if (!change.isEmpty())
+            run(change);
+        run({ "message" });
+        return output.trimmed();
+    };
+
+    QCOMPARE(message({}), QString("NO_READER"));
+    QCOMPARE(message({ "readers", "add", "Czytnik Łódź" }), QString("NO_CARD"));
+    QCOMPARE(message({ "insert", "foreign", "Czytnik Łódź" }), QString("NO_SUPPORTED_CARD"));
+    QCOMPARE(message({ "insert", "anna", "Beta" }), QString("0:Beta||"));
+    QCOMPARE(message({ "insert", "jan", "Gamma" }), QString("0:Beta||1:Gamma||"));
+    QCOMPARE(message({ "unread", "on", "Beta" }), QString("0:Gamma||"));
+    QCOMPARE(message({ "wait-can", "on", "Gamma" }), QString("WAIT_CAN"));
 }
 
 void TstVelmorSim::listShowsReadersCardsAndTries()

@@ -7,6 +7,9 @@
 
 #include "simworld/sim_world.h"
 
+using StringMap = QMap<QString, QString>;
+Q_DECLARE_METATYPE(StringMap)
+
 // The program as a process: options, exit codes, log file, one instance at a time, death and a new start.
 class TestProgram : public QObject {
     Q_OBJECT
@@ -34,13 +37,10 @@ private:
         QByteArray errors;
     };
 
-    static Outcome runToEnd(const QStringList &args, const QMap<QString, QString> &variables = {})
+    static Outcome runToEnd(const QStringList &args, const StringMap &variables = {})
     {
         QProcess process;
-        auto environment = QProcessEnvironment::systemEnvironment();
-        for (auto it = variables.begin(); it != variables.end(); ++it)
-            environment.insert(it.key(), it.value());
-        process.setProcessEnvironment(environment);
+        process.setProcessEnvironment(environmentWith(variables));
         process.start(program(), args);
         if (!process.waitForFinished(20000)) {
             process.kill();
@@ -51,10 +51,19 @@ private:
                  process.readAllStandardOutput(), process.readAllStandardError() };
     }
 
-    QProcess *startProgram(const QStringList &args = {})
+    static QProcessEnvironment environmentWith(const StringMap &variables)
+    {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        for (auto it = variables.begin(); it != variables.end(); ++it)
+            environment.insert(it.key(), it.value());
+        return environment;
+    }
+
+    QProcess *startProgram(const QStringList &args = {}, const StringMap &variables = {})
     {
         running.push_back(std::make_unique<QProcess>());
         QProcess *process = running.back().get();
+        process->setProcessEnvironment(environmentWith(variables));
         process->start(program(), args);
         process->waitForStarted();
         return process;
@@ -271,16 +280,48 @@ private slots:
         QCOMPARE(second->state(), QProcess::Running);
     }
 
-    void readOnlyHomeDoesNotKeepTheProgramFromStarting()
+    void placesThatCannotBeWrittenDoNotKeepTheProgramFromStarting_data()
     {
-        const QString home = TestHome::path() + "/readonly";
-        QDir().mkpath(home);
-        QFile::setPermissions(home, QFile::ReadOwner | QFile::ExeOwner);
+        QTest::addColumn<StringMap>("variables");
+        // Nobody writes below /proc, whatever his rights.
+        QTest::newRow("home") << StringMap {
+            { "HOME", "/proc" }, { "XDG_CONFIG_HOME", "" }, { "XDG_CACHE_HOME", "" }, { "XDG_DATA_HOME", "" }
+        };
+        QTest::newRow("settings store") << StringMap { { "XDG_CONFIG_HOME", "/proc/version" } };
+    }
+    void placesThatCannotBeWrittenDoNotKeepTheProgramFromStarting()
+    {
+        QFETCH(StringMap, variables);
 
-        const Outcome outcome = runToEnd({ "-t" }, { { "HOME", home }, { "XDG_CONFIG_HOME", home + "/config" } });
+        QProcess *process = startProgram({}, variables);
+
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("reader checked"), 10000);
+        QCOMPARE(process->state(), QProcess::Running);
+    }
+
+    void logThatCannotBeWrittenIsLostInSilence()
+    {
+        QVERIFY(QDir().mkpath(logFolder() + "/velmor_manager.log/in-the-way"));
+
+        const Outcome outcome = runToEnd({ "-t" });
 
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.output.startsWith("<Version>"));
+        QVERIFY(outcome.errors.isEmpty());
+    }
+
+    void settingsStoreOfNonsenseCountsAsEmpty()
+    {
+        const QString folder = TestHome::path() + "/nonsense/velmor";
+        QVERIFY(QDir().mkpath(folder));
+        QFile store(folder + "/config.conf");
+        QVERIFY(store.open(QIODevice::WriteOnly));
+        store.write(QByteArray("\x00\xff[[[\n=\n\x80theme", 15));
+        store.close();
+
+        startProgram({}, { { "XDG_CONFIG_HOME", TestHome::path() + "/nonsense" } });
+
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("reader checked"), 10000);
     }
 };
 

@@ -1,0 +1,142 @@
+#include "gui/box_shadow.h"
+
+#include "support/testmain.h"
+
+#include <QPainter>
+#include <QWidget>
+
+// The quick shadow of boxes: the same to the eye as the toolkit's own.
+class TestBoxShadow : public QObject {
+    Q_OBJECT
+
+private:
+    static constexpr int margin = 40;
+
+    // A box of one colour in the middle of a white ground, with a shadow.
+    static QImage picture(const std::function<QGraphicsDropShadowEffect *(QWidget *)> &makeShadow, qreal ratio = 1)
+    {
+        QWidget ground;
+        fill(ground, Qt::white);
+        ground.resize(300, 200);
+        QWidget box(&ground);
+        fill(box, QColor(236, 237, 238));
+        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        QGraphicsDropShadowEffect *shadow = makeShadow(&box);
+        shadow->setColor(QColor(186, 187, 188));
+        shadow->setBlurRadius(20);
+        shadow->setOffset(1, 1);
+        box.setGraphicsEffect(shadow);
+        return grab(ground, ratio);
+    }
+
+    static void fill(QWidget &widget, const QColor &colour)
+    {
+        QPalette palette;
+        palette.setColor(QPalette::Window, colour);
+        widget.setPalette(palette);
+        widget.setAutoFillBackground(true);
+    }
+
+    static QImage grab(QWidget &widget, qreal ratio)
+    {
+        QImage image(widget.size() * ratio, QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::white);
+        widget.render(&image);
+        return image;
+    }
+
+    static QImage quick(qreal ratio = 1)
+    {
+        return picture([](QWidget *box) { return new BoxShadow(box); }, ratio);
+    }
+
+private slots:
+    void looksLikeTheToolkitsOwnShadow()
+    {
+        const QImage own = quick();
+        const QImage toolkit = picture([](QWidget *) { return new QGraphicsDropShadowEffect; });
+
+        int worst = 0;
+        for (int y = 0; y < own.height(); ++y) {
+            for (int x = 0; x < own.width(); ++x)
+                worst = qMax(worst, qAbs(qGray(own.pixel(x, y)) - qGray(toolkit.pixel(x, y))));
+        }
+        // Five steps of 255 are beyond any eye.
+        QVERIFY2(worst <= 5, qPrintable(QString::number(worst)));
+    }
+
+    void fallsOnAllFourSides()
+    {
+        const QImage image = quick();
+        const int middleX = image.width() / 2;
+        const int middleY = image.height() / 2;
+        constexpr int near = 4;
+
+        for (const QPoint &beside : { QPoint(margin - near, middleY), QPoint(image.width() - margin + near, middleY),
+                                      QPoint(middleX, margin - near), QPoint(middleX, image.height() - margin + near) })
+            QVERIFY(qGray(image.pixel(beside)) < 250);
+        QCOMPARE(qGray(image.pixel(2, 2)), 255);
+    }
+
+    void isAsWideInPointsOnADenseScreen()
+    {
+        const QImage plain = quick();
+        const QImage dense = quick(2);
+        const int middleY = plain.height() / 2;
+
+        for (int x = margin - 16; x < margin - 1; x += 3) {
+            const int difference = qGray(plain.pixel(x, middleY)) - qGray(dense.pixel(2 * x, 2 * middleY));
+            QVERIFY2(qAbs(difference) <= 6, qPrintable(QString("%1: %2").arg(x).arg(difference)));
+        }
+    }
+
+    void shadowsInsideAShadowedFrameAreWhole()
+    {
+        QWidget ground;
+        fill(ground, Qt::white);
+        ground.resize(400, 300);
+        QWidget frame(&ground);
+        fill(frame, Qt::white);
+        // Off the origin, since that is where a clip of the inner shadow would go wrong.
+        frame.setGeometry(30, 0, 340, 270);
+        auto *outer = new BoxShadow(&frame);
+        outer->setBlurRadius(20);
+        frame.setGraphicsEffect(outer);
+        QWidget tile(&frame);
+        fill(tile, QColor(236, 237, 238));
+        tile.setGeometry(50, 50, 200, 100);
+        auto *inner = new BoxShadow(&tile);
+        inner->setBlurRadius(20);
+        inner->setColor(QColor(186, 187, 188));
+        inner->setOffset(0, 0);
+        tile.setGraphicsEffect(inner);
+
+        const QImage image = grab(ground, 1);
+
+        const int left = qGray(image.pixel(30 + 50 - 5, 100));
+        const int right = qGray(image.pixel(30 + 250 + 4, 100));
+        QVERIFY(left < 250);
+        QVERIFY2(qAbs(left - right) <= 2, qPrintable(QString("%1 %2").arg(left).arg(right)));
+    }
+
+    void widgetsInTheFrameArePaintedInFull()
+    {
+        QWidget ground;
+        ground.resize(200, 200);
+        QWidget frame(&ground);
+        frame.setGeometry(20, 0, 160, 180);
+        frame.setGraphicsEffect(new BoxShadow(&frame));
+        QWidget child(&frame);
+        fill(child, Qt::red);
+        child.setGeometry(10, 10, 140, 160);
+
+        const QImage image = grab(ground, 1);
+
+        for (const QPoint &corner : { QPoint(30, 10), QPoint(169, 10), QPoint(30, 169), QPoint(169, 169) })
+            QCOMPARE(QColor(image.pixel(corner)), QColor(Qt::red));
+    }
+};
+
+VELMOR_TEST_MAIN(TestBoxShadow)
+#include "tst_box_shadow.moc"

@@ -79,6 +79,7 @@ int runWindow(const QCommandLineParser &parser)
     QApplication::setFont(font);
     window.show();
     window.activateWindow();
+    Platform::allowOpenGl();
 
     if (parser.isSet("p")) {
         openStartPage(window, parser.value("p").trimmed());

@@ -2,9 +2,9 @@
 
 #include "card/card-parser.h"
 #include "card/cert_store.h"
+#include "stuck_guard.h"
 
 #include <QByteArrayList>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QMainWindow>
 #include <QMap>
@@ -141,7 +141,6 @@ private:
                     bool keepReaders = false);
     void loaderHide();
     void tryCloseTheards();
-    void leaveIfStuck();
 
     // window_readers.cpp
     void moveToDisconnectPage(const QString &message, bool hideReaders);
@@ -150,8 +149,10 @@ private:
     void enableReadersOnlyWithChoice();
     void clearHomeLabels();
     void clearPersonalDataPage();
+    void clearPerson();
 
     // window_home.cpp
+    bool cardHasGone() const;
     void chooseContainer(const QString &name);
     void showNoElectricLayer();
     void fillNamesFromCertificate(const QByteArray &der);
@@ -192,7 +193,7 @@ private:
     QString reader;
     QString conteiner;
     QThread workerThread;
-    QElapsedTimer sinceTerminate;
+    StuckGuard stuckGuard;
     bool pinPad = false;
     bool newReaders = false;
     bool readersRequested = false;

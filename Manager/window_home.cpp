@@ -8,11 +8,19 @@
 #include "gui/anim_widget.h"
 #include "gui/hover_parameter.h"
 #include "home_cards.h"
+#include "photo_decoder.h"
 #include "ui_window.h"
 
 #include <QDebug>
+#include <QIcon>
 #include <QPixmap>
 #include <QSslCertificate>
+
+// Answers of the worker still arrive after a list without a reader; what they bring of the holder must not come back.
+bool Window::cardHasGone() const
+{
+    return !isReader();
+}
 
 void Window::chooseContainer(const QString &name)
 {
@@ -76,6 +84,10 @@ void Window::setPinButtonsEnabled(bool status)
 void Window::loadedCertsCount(int auth, int author, int pres, int qual)
 {
     qDebug().noquote() << "certs counters loaded";
+    if (cardHasGone())
+        return;
+    // Late answers about another card may have come since it was emptied.
+    clearHomeLabels();
     certStore.setCounts(auth, author, pres, qual);
     ui->bArrowICAO->hide();
     ui->bChangePinAuthenCert->setEnabled(certStore.hasContainer(HomeCards::Authentication));
@@ -105,6 +117,8 @@ void Window::loadedConteinersAndICAO(const QString &authen, const QString &autho
                                      const QByteArray &dg1, const QByteArray &dg11, const QByteArray &dg12,
                                      const QByteArray &dg13)
 {
+    if (cardHasGone())
+        return;
     dgParser.clearDg();
     dgParser.loadDg("DG1", dg1);
     dgParser.loadDg("DG11", dg11);
@@ -130,6 +144,8 @@ void Window::loadedCerts(const QByteArray &authen, const QByteArray &presence, c
                          const QByteArrayList &qual)
 {
     qDebug().noquote() << "all certs loaded";
+    if (cardHasGone())
+        return;
     certStore.setCerts(HomeCards::Authentication, authen);
     if (!presence.isEmpty()) {
         certStore.setCerts(HomeCards::Presence, presence);
@@ -141,6 +157,8 @@ void Window::loadedCerts(const QByteArray &authen, const QByteArray &presence, c
     certStore.setQualifiedCerts(qual);
     loaderHide();
     ui->lPhoto->setStyleSheet(ui->lPhoto->styleSheet() + " border-color: rgb(189,189,189);");
+    photo = QImage();
+    ui->lPhoto->clear();
     photoLoader->start();
     emit getPhoto(reader);
 }
@@ -160,8 +178,12 @@ void Window::fillNamesFromCertificate(const QByteArray &der)
 
 void Window::loadedPhoto(const QByteArray &dg2)
 {
+    if (cardHasGone()) {
+        photoLoader->stop();
+        return;
+    }
     dgParser.loadDg("DG2", dg2);
-    photo = QImage::fromData(dgParser.photo());
+    photo = decodedPhoto(dgParser.photo());
     if (photo.isNull())
         ui->lPhoto->setStyleSheet(ui->lPhoto->styleSheet() + " border: 1px solid rgb(76,83,88);");
     showPhotoIn(ui->lPhoto);

@@ -52,8 +52,7 @@ void Window::getReadersFromMonitor()
 
 void Window::loadAll()
 {
-    certStore.clear();
-    clearHomeLabels();
+    clearPerson();
     AppLog::restartTimer();
     qDebug().noquote() << "load All";
     // Hidden before it is shown: hiding is what switches the tiles off.
@@ -195,12 +194,19 @@ void Window::clearPersonalDataPage()
 void Window::disableHomePage()
 {
     qDebug().noquote() << "Disable home page";
+    clearPerson();
+    showPhotoIn(ui->lPhoto);
+    showPhotoIn(ui->lPhotoLarge);
+}
+
+void Window::clearPerson()
+{
     clearHomeLabels();
     certStore.clear();
     dgParser.clearDg();
     photo = QImage();
-    showPhotoIn(ui->lPhoto);
-    showPhotoIn(ui->lPhotoLarge);
+    ui->lPhoto->clear();
+    ui->lPhotoLarge->clear();
     clearPersonalDataPage();
     ui->widgetBlurICAO->setAccessibleName({});
     ui->tableCert->clear();

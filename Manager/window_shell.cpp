@@ -4,13 +4,10 @@
 // card works, and quitting. Quitting asks the worker thread to end at 0, 500 and 1000 ms and terminates it from the
 // fourth attempt on, since a library that waits for the pinpad cannot be asked.
 
-#include "app/app.h"
 #include "base/common.h"
-#include "base/platform.h"
 #include "gui/anim_widget.h"
 #include "gui/popup.h"
 #include "header_drag.h"
-#include "temporary_certificate.h"
 #include "ui_window.h"
 
 #include <QApplication>
@@ -27,8 +24,6 @@ namespace {
 
 constexpr std::chrono::milliseconds stopInterval { 500 };
 constexpr std::chrono::seconds destructorInterval { 1 };
-// How long a terminated thread may go on before the process leaves without it.
-constexpr std::chrono::seconds stuckLimit { 5 };
 constexpr int politeAttempts = 3;
 constexpr int loaderHeight = 547;
 
@@ -74,6 +69,7 @@ void Window::changeEvent(QEvent *event)
         const QRect available = QApplication::screens().first()->availableGeometry();
         setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size(), available));
     }
+    QMainWindow::changeEvent(event);
 }
 
 void Window::minimizeClicked()
@@ -129,8 +125,7 @@ void Window::loaderHide()
         ui->cbReaders->setEnabled(false);
     }
     if (isPage(ui->pageHome) || isPage(ui->pageNoElectricLayer)) {
-        if (ui->cbReaders->count() < 2)
-            ui->cbReaders->setEnabled(false);
+        enableReadersOnlyWithChoice();
         ui->cbReaders->show();
     }
     loader->stop();
@@ -178,22 +173,9 @@ void Window::tryCloseTheards()
         workerThread.quit();
         return;
     }
-    leaveIfStuck();
+    stuckGuard.arm();
     qDebug().noquote() << "terminateTheards()";
     workerThread.terminate();
-}
-
-void Window::leaveIfStuck()
-{
-    if (!sinceTerminate.isValid()) {
-        sinceTerminate.start();
-        return;
-    }
-    if (!sinceTerminate.hasExpired(std::chrono::milliseconds(stuckLimit).count()))
-        return;
-    TemporaryCertificate::remove();
-    app->unlock();
-    Platform::leaveWithStuckThread(0);
 }
 
 void Window::closeTheards()

@@ -44,6 +44,11 @@ App *App::instance()
     return app.get();
 }
 
+void App::unlock()
+{
+    appLock.unlock();
+}
+
 QString App::productName()
 {
     return Common::productName();
@@ -108,11 +113,6 @@ void App::loadFonts()
 bool App::lock()
 {
     return appLock.lock();
-}
-
-void App::unlock()
-{
-    appLock.unlock();
 }
 
 std::unique_ptr<QSettings> App::devGetConfig(const QString &component) const

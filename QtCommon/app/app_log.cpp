@@ -28,11 +28,7 @@ LogState &state()
 void appendLine(const QString &path, const QString &text)
 {
     const QString line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + ' ' + text;
-#ifdef Q_OS_WIN
-    FILE *file = _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), L"a+");
-#else
-    FILE *file = std::fopen(QFile::encodeName(path).constData(), "a+");
-#endif
+    std::FILE *file = Platform::openForAppending(path);
     if (!file)
         return;
     std::fprintf(file, "%s\n", line.toLocal8Bit().constData());

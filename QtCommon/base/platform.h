@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdio>
 #include <optional>
 
 // What differs between the two platforms below the level of Os: names, paths and the few process-wide switches that are
@@ -36,12 +37,20 @@ std::optional<quint64> folderCreated(const QString &path);
 // A private folder for temporary files and shared-memory keys, where the platform offers one and the user named none.
 void usePrivateTempDir(const QByteArray &product);
 
-// Ends the process at once, without destructors, where a thread can refuse to be terminated; elsewhere does nothing.
-void leaveWithStuckThread(int exitCode);
+// Whether a terminated thread can go on: cancellation is a request on some systems.
+bool threadsCanRefuseToEnd();
+
+// Ends the process without destructors and exit handlers.
+void leaveAtOnce(int exitCode);
 
 // Keeps the toolkit from setting up OpenGL for a window that is painted without it, unless the user wants it so: that
-// is a quarter of the time to the first window, and most of its memory. Before the first application object.
+// is a quarter of the time to the first window, and most of its memory. Before the first application object; undone
+// when the window is shown, for the sake of programs that this one starts.
 void avoidOpenGl();
+void allowOpenGl();
+
+// Opens a file for appending lines, null if that fails.
+std::FILE *openForAppending(const QString &path);
 
 // Names the platform plugin, where the program insists on one.
 void choosePlatformPlugin();

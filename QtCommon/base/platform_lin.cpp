@@ -3,11 +3,15 @@
 #include <QDir>
 #include <QFile>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
+
+constexpr char openGlVariable[] = "QT_XCB_GL_INTEGRATION";
+bool openGlAvoided = false;
 
 // A base folder of the XDG rules: the variable if it names an absolute path, else the default below the home folder.
 QString xdgDir(const char *variable, const QString &fallback)
@@ -68,23 +72,40 @@ std::optional<quint64> folderCreated(const QString &path)
 void usePrivateTempDir(const QByteArray &product)
 {
     const QByteArray runtimeDir = qgetenv("XDG_RUNTIME_DIR");
-    if (!qEnvironmentVariableIsEmpty("TMPDIR") || runtimeDir.isEmpty())
+    if (!qEnvironmentVariableIsEmpty("TMPDIR") || !runtimeDir.startsWith('/'))
         return;
     const QByteArray folder = runtimeDir + '/' + product;
-    if (mkdir(folder.constData(), 0700) == 0 || QDir(QFile::decodeName(folder)).exists())
+    // One that is there already must be ours alone as well.
+    if (mkdir(folder.constData(), 0700) == 0 || (errno == EEXIST && chmod(folder.constData(), 0700) == 0))
         qputenv("TMPDIR", folder);
 }
 
-void leaveWithStuckThread(int exitCode)
+bool threadsCanRefuseToEnd()
 {
-    // A thread is only cancelled where it looks for it; a library that never does would keep the process for ever.
+    return true;
+}
+
+void leaveAtOnce(int exitCode)
+{
     _exit(exitCode);
 }
 
 void avoidOpenGl()
 {
-    if (qEnvironmentVariableIsEmpty("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    openGlAvoided = qEnvironmentVariableIsEmpty(openGlVariable);
+    if (openGlAvoided)
+        qputenv(openGlVariable, "none");
+}
+
+void allowOpenGl()
+{
+    if (openGlAvoided)
+        qunsetenv(openGlVariable);
+}
+
+std::FILE *openForAppending(const QString &path)
+{
+    return std::fopen(QFile::encodeName(path).constData(), "a+");
 }
 
 void choosePlatformPlugin() { }

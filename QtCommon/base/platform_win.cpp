@@ -1,7 +1,6 @@
 #include "base/platform.h"
 
-#include <QDir>
-
+#include <cstdio>
 #include <sys/stat.h>
 #include <windows.h>
 
@@ -58,12 +57,24 @@ void usePrivateTempDir(const QByteArray &product)
     Q_UNUSED(product)
 }
 
-void leaveWithStuckThread(int exitCode)
+bool threadsCanRefuseToEnd()
 {
-    Q_UNUSED(exitCode)
+    return false;
+}
+
+void leaveAtOnce(int exitCode)
+{
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
 }
 
 void avoidOpenGl() { }
+
+void allowOpenGl() { }
+
+std::FILE *openForAppending(const QString &path)
+{
+    return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), L"a+");
+}
 
 void choosePlatformPlugin()
 {

@@ -62,6 +62,11 @@ void BoxShadow::draw(QPainter *painter)
     const int reach = reachOf(blurRadius());
     const int corner = cornerOf(reach);
     const QRectF target = sourceBoundingRect().adjusted(-reach, -reach, reach, reach).translated(offset());
+    if (target.width() < 2 * corner || target.height() < 2 * corner) {
+        // Too small for four whole corners.
+        QGraphicsDropShadowEffect::draw(painter);
+        return;
+    }
     const qreal toX[] = { target.left(), target.left() + corner, target.right() - corner, target.right() };
     const qreal toY[] = { target.top(), target.top() + corner, target.bottom() - corner, target.bottom() };
     const int from[] = { 0, corner, corner + 1, 2 * corner + 1 };

@@ -103,11 +103,11 @@ QPixmap GuiBase::renderSvg(const QByteArray &svg, QSize size)
     return pixmap;
 }
 
-void GuiBase::shadowSet(QWidget *widget, int blur)
+void GuiBase::shadowSet(QWidget *widget, int blur, int cornerRadius)
 {
     if (blur <= 0)
         return;
-    auto *shadow = new BoxShadow(widget);
+    auto *shadow = new BoxShadow(widget, cornerRadius);
     shadow->setOffset(shadowOffset);
     shadow->setBlurRadius(blur);
     widget->setGraphicsEffect(shadow); // which takes it over

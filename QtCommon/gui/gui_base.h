@@ -31,8 +31,8 @@ public:
     // The SVG text as a picture of this size, in the resolution of the primary screen.
     static QPixmap renderSvg(const QByteArray &svg, QSize size);
 
-    // Blur radius in pixels; nothing happens below 1.
-    static void shadowSet(QWidget *widget, int blur);
+    // Blur radius and the radius of the widget's own corners, in pixels; nothing happens with a blur below 1.
+    static void shadowSet(QWidget *widget, int blur, int cornerRadius = 0);
 
     static void activate(QWidget *widget);
 

@@ -19,6 +19,8 @@ namespace {
 constexpr int titleHeight = 42;
 constexpr int frameExtra = 30; // what the frame adds to the content in both directions
 constexpr int shadowMargin = 20;
+// That of the themes.
+constexpr int frameRadius = 12;
 constexpr int contentMargin = 15;
 constexpr int buttonBlur = 10;
 constexpr QPointF buttonShadowOffset(1, 1);
@@ -103,7 +105,7 @@ void Popup::show(int width, int height)
         setButtonShadows();
     ui->lMainTitle->setFixedHeight(titleHeight);
     placeFrame(width, height);
-    GuiBase::shadowSet(ui->mainFrame, shadowMargin);
+    GuiBase::shadowSet(ui->mainFrame, shadowMargin, frameRadius);
     QDialog::show();
     GuiBase::activate(this);
     ui->bClose->clearFocus();

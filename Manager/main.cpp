@@ -49,8 +49,10 @@ void chooseScaleFactors(int argc, char *argv[])
     }
     copy.push_back(nullptr);
     int count = argc;
-    QApplication application(count, copy.data());
+    auto application = std::make_unique<QApplication>(count, copy.data());
     GuiBase::calcScaleFactorEnv(designSize);
+    const Platform::EmptyFontConfiguration noFonts;
+    application.reset();
 }
 
 void printProbe()

@@ -94,6 +94,8 @@ Window::~Window()
 {
     TemporaryCertificate::remove();
     closeTheards();
+    // The library's own end, in the deletion of pkcs11, can get stuck as well.
+    stuckGuard.arm();
     delete ui;
     delete photoLoader;
     delete loader;
@@ -289,6 +291,8 @@ void Window::setPageTitle(const QString &title, const QString &subtitle)
 
 void Window::setLabelElided(QLabel *label, const QString &text)
 {
+    // A page that was never shown has no fonts of the theme yet.
+    label->ensurePolished();
     const QString shown = elidedToWidth(text, QFontMetrics(label->font()).horizontalAdvance(text), label->width());
     label->setText(shown);
     label->setToolTip(shown == text ? QString() : text);

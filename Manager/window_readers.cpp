@@ -35,6 +35,7 @@ bool Window::isReader() const
 
 void Window::updateReaderWidth()
 {
+    ui->cbReaders->ensurePolished();
     const QFontMetrics metrics(ui->cbReaders->font());
     ui->cbReaders->setFixedWidth(metrics.horizontalAdvance(ui->cbReaders->currentText()) + comboExtraWidth);
 }

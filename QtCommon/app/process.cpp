@@ -1,5 +1,7 @@
 #include "app/process.h"
 
+#include "base/platform.h"
+
 #include <QDebug>
 #include <QFileInfo>
 
@@ -30,6 +32,7 @@ void CommonProcess::start(const QString &program, const QStringList &args)
     auto *process = new QProcess;
     QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), process,
                      [process](int exitCode, QProcess::ExitStatus status) { logEnd(process, exitCode, status); });
+    process->setProcessEnvironment(Platform::childEnvironment());
     qDebug().noquote() << "run:" << program << '(' + args.join(", ") + ')';
     process->start(program, args, QIODevice::ReadWrite);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QProcessEnvironment>
 #include <QString>
 
 #include <cstdio>
@@ -48,6 +49,22 @@ void leaveAtOnce(int exitCode);
 // when the window is shown, for the sake of programs that this one starts.
 void avoidOpenGl();
 void allowOpenGl();
+
+// The environment for programs that this one starts: without what was set for its own toolkit alone.
+QProcessEnvironment childEnvironment();
+
+// While it lives, a font configuration that is asked for the first time is empty. For the end of an application that
+// never drew a letter: the toolkit reads the whole configuration there, only to drop it.
+class EmptyFontConfiguration {
+public:
+    EmptyFontConfiguration();
+    ~EmptyFontConfiguration();
+    EmptyFontConfiguration(const EmptyFontConfiguration &) = delete;
+    EmptyFontConfiguration &operator=(const EmptyFontConfiguration &) = delete;
+
+private:
+    QByteArray file;
+};
 
 // Opens a file for appending lines, null if that fails.
 std::FILE *openForAppending(const QString &path);

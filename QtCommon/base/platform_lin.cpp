@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr char openGlVariable[] = "QT_XCB_GL_INTEGRATION";
+constexpr char fontVariable[] = "FONTCONFIG_FILE";
 bool openGlAvoided = false;
 
 // A base folder of the XDG rules: the variable if it names an absolute path, else the default below the home folder.
@@ -101,6 +103,39 @@ void allowOpenGl()
 {
     if (openGlAvoided)
         qunsetenv(openGlVariable);
+}
+
+QProcessEnvironment childEnvironment()
+{
+    auto environment = QProcessEnvironment::systemEnvironment();
+    if (openGlAvoided)
+        environment.remove(openGlVariable);
+    return environment;
+}
+
+EmptyFontConfiguration::EmptyFontConfiguration()
+{
+    if (qEnvironmentVariableIsSet(fontVariable))
+        return;
+    // A file with a name: the library resolves what it is given and opens it again.
+    file = QFile::encodeName(QDir::tempPath()) + "/fonts-XXXXXX";
+    const int descriptor = mkstemp(file.data());
+    if (descriptor < 0) {
+        file.clear();
+        return;
+    }
+    constexpr char nothing[] = "<fontconfig/>";
+    if (write(descriptor, nothing, sizeof nothing - 1) > 0)
+        qputenv(fontVariable, file);
+    close(descriptor);
+}
+
+EmptyFontConfiguration::~EmptyFontConfiguration()
+{
+    if (file.isEmpty())
+        return;
+    qunsetenv(fontVariable);
+    unlink(file.constData());
 }
 
 std::FILE *openForAppending(const QString &path)

@@ -71,6 +71,15 @@ void avoidOpenGl() { }
 
 void allowOpenGl() { }
 
+QProcessEnvironment childEnvironment()
+{
+    return QProcessEnvironment::systemEnvironment();
+}
+
+EmptyFontConfiguration::EmptyFontConfiguration() = default;
+
+EmptyFontConfiguration::~EmptyFontConfiguration() = default;
+
 std::FILE *openForAppending(const QString &path)
 {
     return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), L"a+");

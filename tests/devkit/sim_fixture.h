@@ -35,7 +35,11 @@ public:
 
     static QString velmorSim()
     {
+#ifdef Q_OS_WIN
+        return QStringLiteral(VELMOR_TEST_ROOT "/devkit/velmor-sim.exe");
+#else
         return QStringLiteral(VELMOR_TEST_ROOT "/devkit/velmor-sim");
+#endif
     }
 
     // A fresh world with this card in the reader "R", and the library initialised on it.

@@ -174,6 +174,11 @@ private slots:
         flow->label("lnameVal_2")->setText("Anna");
         flow->label("lnameVal_2")->setToolTip("Anna");
         flow->widget("nameFrame_2")->setAccessibleName("Imiona: Anna");
+        auto *table = flow->find<QTableWidget>("tableCert");
+        table->setRowCount(1);
+        table->setColumnCount(1);
+        table->setCellWidget(0, 0, new QLabel("Anna"));
+        flow->label("lPhotoLarge")->setPixmap(QPixmap::fromImage(photo));
 
         flow->window->loadedReaders({}, "NO_CARD");
 
@@ -183,8 +188,13 @@ private slots:
         }
         QCOMPARE(flow->widget("nameFrame_2")->accessibleName(), QString());
         QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
-        QVERIFY(flow->label("lPhoto")->pixmap(Qt::ReturnByValue).toImage() != photo);
-        QCOMPARE(flow->find<QTableWidget>("tableCert")->findChildren<QLabel *>().size(), 0);
+        for (const char *name : { "lPhoto", "lPhotoLarge" }) {
+            const QImage drawing = QIcon(":/images/no_photo.svg").pixmap(flow->label(name)->size()).toImage();
+            QVERIFY(!drawing.isNull());
+            QCOMPARE(flow->label(name)->pixmap(Qt::ReturnByValue).toImage(), drawing);
+        }
+        QVERIFY(!table->cellWidget(0, 0));
+        QTRY_COMPARE(table->findChildren<QLabel *>().size(), 0);
     }
 
     void errorLeavesTheQuerySetSoThatTheNextListReadsTheCard()
@@ -318,28 +328,6 @@ private slots:
         QVERIFY(flow->waitForCard());
     }
 
-    void backWithoutAReaderSearchesAgain()
-    {
-        flow->openWindow();
-        QSignalSpy readers(flow->window.get(), &Window::getReaders);
-
-        flow->window->checkAndMoveToHomePage();
-
-        QCOMPARE(readers.count(), 1);
-    }
-
-    void homeWithoutAReaderAsksTheMonitor()
-    {
-        flow->openWindow();
-        LogCatcher log;
-
-        flow->window->moveToHomePage();
-
-        QVERIFY(log.has("no reader go to disconnect page"));
-        QVERIFY(log.has("reader checked "));
-        QCOMPARE(flow->page(), QString("pageSettings"));
-    }
-
     void backFromSettingsReturnsToTheCardWithoutReadingIt()
     {
         QVERIFY(flow->showCard("anna"));
@@ -356,15 +344,6 @@ private slots:
         QVERIFY(!flow->widget("frameReaders")->isHidden());
         QCOMPARE(flow->calls(), QStringList());
         QCOMPARE(flow->window->focusWidget(), flow->widget("widgetBlurICAO"));
-    }
-
-    void boxIsAsWideAsItsTextAndThirty()
-    {
-        flow->openWindow();
-        flow->window->loadedReaders({ "Czytnik z bardzo długą nazwą 2000" });
-
-        const QFontMetrics metrics(flow->readersBox()->font());
-        QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("Czytnik z bardzo długą nazwą 2000") + 30);
     }
 
     void warningShowsForAReaderWithoutExtendedApdu_data()

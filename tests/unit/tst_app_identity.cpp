@@ -165,13 +165,13 @@ void TstAppIdentity::endIsLoggedAndGivesTheLockBack()
 
 void TstAppIdentity::secondInstanceGetsNoLock()
 {
-    initApp();
-    QVERIFY(App::instance()->lock());
+    auto first = std::make_unique<CommonAppLock>("velmor_manager", 500);
+    QVERIFY(first->lock());
 
     QCOMPARE(outputOf({ childLock }), QByteArray("refused\n"));
 
     QVERIFY(logged().contains("app_lock        Another 'velmor_manager' app seems to be running"));
-    App::instance()->unlock();
+    first.reset();
     QCOMPARE(outputOf({ childLock }), QByteArray("locked\n"));
 }
 

@@ -2,6 +2,7 @@
 
 #include "support/testmain.h"
 
+#include <QFrame>
 #include <QPainter>
 #include <QWidget>
 
@@ -12,14 +13,19 @@ class TestBoxShadow : public QObject {
 private:
     static constexpr int margin = 40;
 
+    using MakeShadow = std::function<QGraphicsDropShadowEffect *(QWidget *)>;
+
     // A box of one colour in the middle of a white ground, with a shadow.
-    static QImage picture(const std::function<QGraphicsDropShadowEffect *(QWidget *)> &makeShadow, qreal ratio = 1)
+    static QImage picture(const MakeShadow &makeShadow, qreal ratio = 1, QSize size = { 220, 120 }, int radius = 0)
     {
         QWidget ground;
         fill(ground, Qt::white);
-        ground.resize(300, 200);
-        QWidget box(&ground);
-        fill(box, QColor(236, 237, 238));
+        ground.resize(size + QSize(2 * margin, 2 * margin));
+        QFrame box(&ground);
+        if (radius > 0)
+            box.setStyleSheet(QString("background:rgb(236,237,238);border-radius:%1px").arg(radius));
+        else
+            fill(box, QColor(236, 237, 238));
         box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
         QGraphicsDropShadowEffect *shadow = makeShadow(&box);
         shadow->setColor(QColor(186, 187, 188));
@@ -52,18 +58,41 @@ private:
     }
 
 private slots:
+    void looksLikeTheToolkitsOwnShadow_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("radius");
+        QTest::newRow("square corners") << QSize(220, 120) << 0;
+        QTest::newRow("corners of a dialog") << QSize(220, 120) << 12;
+        QTest::newRow("corners of a tile") << QSize(220, 120) << 6;
+        QTest::newRow("just room for four corners") << QSize(66, 66) << 12;
+        QTest::newRow("no room for four corners") << QSize(50, 40) << 0;
+        QTest::newRow("no room for four round corners") << QSize(50, 40) << 12;
+        QTest::newRow("no room below one another") << QSize(220, 30) << 12;
+        QTest::newRow("tiny") << QSize(4, 3) << 0;
+    }
     void looksLikeTheToolkitsOwnShadow()
     {
-        const QImage own = quick();
-        const QImage toolkit = picture([](QWidget *) { return new QGraphicsDropShadowEffect; });
+        QFETCH(QSize, size);
+        QFETCH(int, radius);
 
+        const QImage own = picture([radius](QWidget *box) { return new BoxShadow(box, radius); }, 1, size, radius);
+        const QImage toolkit = picture([](QWidget *) { return new QGraphicsDropShadowEffect; }, 1, size, radius);
+
+        QCOMPARE(own.size(), toolkit.size());
         int worst = 0;
+        QPoint where;
         for (int y = 0; y < own.height(); ++y) {
-            for (int x = 0; x < own.width(); ++x)
-                worst = qMax(worst, qAbs(qGray(own.pixel(x, y)) - qGray(toolkit.pixel(x, y))));
+            for (int x = 0; x < own.width(); ++x) {
+                const int difference = qAbs(qGray(own.pixel(x, y)) - qGray(toolkit.pixel(x, y)));
+                if (difference > worst) {
+                    worst = difference;
+                    where = { x, y };
+                }
+            }
         }
         // Five steps of 255 are beyond any eye.
-        QVERIFY2(worst <= 5, qPrintable(QString::number(worst)));
+        QVERIFY2(worst <= 5, qPrintable(QString("%1 at %2, %3").arg(worst).arg(where.x()).arg(where.y())));
     }
 
     void fallsOnAllFourSides()

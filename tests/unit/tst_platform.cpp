@@ -22,6 +22,9 @@ private slots:
     void privateFolderMayBeThereAlready();
     void namedTemporaryFolderStays();
     void withoutARuntimeFolderNothingChanges();
+    void relativeRuntimeFolderDoesNotCount();
+    void openGlIsAvoidedUntilTheWindowIsShown();
+    void openGlOfTheUserIsKept();
     void pluginIsChosenOnWindowsOnly();
 
 private:
@@ -58,6 +61,10 @@ private:
     const char *name;
     QByteArray old;
 };
+
+const QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+const QFile::Permissions others =
+    QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
 
 QString privateFolder()
 {
@@ -122,10 +129,7 @@ void TstPlatform::temporaryFilesArePrivate()
 
     QCOMPARE(qEnvironmentVariable("TMPDIR"), privateFolder());
     QCOMPARE(QDir::tempPath(), privateFolder());
-    const QFile::Permissions others =
-        QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    QCOMPARE(QFile::permissions(privateFolder()) & others, QFile::Permissions());
-    QVERIFY(QFile::permissions(privateFolder()).testFlag(QFile::WriteOwner));
+    QCOMPARE(QFile::permissions(privateFolder()) & (owner | others), owner);
 }
 
 void TstPlatform::privateFolderMayBeThereAlready()
@@ -133,11 +137,13 @@ void TstPlatform::privateFolderMayBeThereAlready()
     if (onWindows)
         QSKIP("The system's folder belongs to the user already");
     QVERIFY(QDir().mkpath(privateFolder()));
+    QVERIFY(QFile::setPermissions(privateFolder(), owner | others));
     const Variable none("TMPDIR", QByteArray());
 
     Platform::usePrivateTempDir("velmor");
 
     QCOMPARE(qEnvironmentVariable("TMPDIR"), privateFolder());
+    QCOMPARE(QFile::permissions(privateFolder()) & (owner | others), owner);
 }
 
 void TstPlatform::namedTemporaryFolderStays()
@@ -158,6 +164,49 @@ void TstPlatform::withoutARuntimeFolderNothingChanges()
     Platform::usePrivateTempDir("velmor");
 
     QVERIFY(!qEnvironmentVariableIsSet("TMPDIR"));
+}
+
+void TstPlatform::relativeRuntimeFolderDoesNotCount()
+{
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir().mkpath(TestHome::path() + "/relative/run"));
+    QVERIFY(QDir::setCurrent(TestHome::path() + "/relative"));
+    {
+        const Variable none("TMPDIR", QByteArray());
+        const Variable relative("XDG_RUNTIME_DIR", "run");
+
+        Platform::usePrivateTempDir("velmor");
+
+        QVERIFY(!qEnvironmentVariableIsSet("TMPDIR"));
+        QVERIFY(!QFile::exists("run/velmor"));
+    }
+    QVERIFY(QDir::setCurrent(before));
+}
+
+void TstPlatform::openGlIsAvoidedUntilTheWindowIsShown()
+{
+    if (onWindows)
+        QSKIP("A switch of the other platform's toolkit");
+    for (const QByteArray &before : { QByteArray(), QByteArray("") }) {
+        const Variable notChosen("QT_XCB_GL_INTEGRATION", before);
+
+        Platform::avoidOpenGl();
+        QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("none"));
+
+        Platform::allowOpenGl();
+        QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"));
+    }
+}
+
+void TstPlatform::openGlOfTheUserIsKept()
+{
+    const Variable chosen("QT_XCB_GL_INTEGRATION", "xcb_egl");
+
+    Platform::avoidOpenGl();
+    QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
+
+    Platform::allowOpenGl();
+    QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
 }
 
 void TstPlatform::pluginIsChosenOnWindowsOnly()

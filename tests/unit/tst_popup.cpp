@@ -9,7 +9,6 @@
 #include <QFile>
 #include <QLayout>
 #include <QPainter>
-#include <QSettings>
 #include <QSvgRenderer>
 
 using namespace PopupParts;
@@ -267,17 +266,10 @@ private slots:
         QVERIFY(find<QWidget>(popup, "footer")->isVisible());
     }
 
-    void theProductsOwnSettingsApply()
+    void theCrossShowsThatItCanBePressed()
     {
-        const QSettings ini(":/settings/popup.ini", QSettings::IniFormat);
         Popup popup;
 
-        QCOMPARE(popup.property("shadowButtons").toBool(), ini.value("shadowButtons").toBool());
-        if (ini.contains("bCloseSize"))
-            QCOMPARE(find<QPushButton>(popup, "bClose")->maximumHeight(), ini.value("bCloseSize").toInt());
-        if (ini.contains("bCloseRightMargin"))
-            QCOMPARE(find<QWidget>(popup, "header")->layout()->contentsMargins().right(),
-                     ini.value("bCloseRightMargin").toInt());
         QCOMPARE(find<QPushButton>(popup, "bClose")->cursor().shape(), Qt::PointingHandCursor);
     }
 

@@ -205,19 +205,6 @@ private slots:
         QCOMPARE(popup.geometry(), before);
     }
 
-    void aWindowTooSmallForTheDialogIsLogged()
-    {
-        Popup popup;
-        setUp(popup);
-        popup.setMaximumSize(200, 100);
-        LogCatcher log;
-
-        popup.show(content.width(), content.height());
-
-        QVERIFY(log.has("show size:"));
-        QVERIFY(popup.isVisible());
-    }
-
     void buttonShadowsAreTheProductsChoice_data()
     {
         QTest::addColumn<bool>("wanted");

@@ -1,3 +1,5 @@
+// The functions are exported and not imported, which the header wants to know where that makes a difference.
+#define CRYPTOKI_EXPORTS
 #include "script.h"
 
 #include <cstddef>

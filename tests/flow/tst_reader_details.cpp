@@ -1,0 +1,250 @@
+#include "support/flow.h"
+
+#include "field_style.h"
+
+#include <QDir>
+#include <QLineEdit>
+
+// Finer points of the reader flow: pages that are not disturbed, what the way home resets, and the warning of a reader.
+class TestReaderDetails : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<Flow> flow;
+
+    QStackedWidget *pager() const { return flow->find<QStackedWidget>("pager"); }
+    void showPage(const char *page) { pager()->setCurrentWidget(flow->widget(page)); }
+    bool hidden(const char *name) const { return flow->widget(name)->isHidden(); }
+    QLineEdit *field(const char *name) const { return flow->find<QLineEdit>(name); }
+
+    void writeReadersConf(const QByteArray &content)
+    {
+        const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor";
+        QDir().mkpath(folder);
+        QFile file(folder + "/readers.conf");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    void fill(const QList<const char *> &fields)
+    {
+        for (const char *name : fields) {
+            field(name)->setText("1234");
+            setFieldStyle(field(name), false);
+        }
+    }
+    void checkEmptied(const QList<const char *> &fields)
+    {
+        QLineEdit good;
+        setFieldStyle(&good, true);
+        for (const char *name : fields) {
+            QVERIFY2(field(name)->text().isEmpty(), name);
+            QCOMPARE(field(name)->styleSheet(), good.styleSheet());
+        }
+    }
+
+private slots:
+    void initTestCase() { Flow::setUpApplication(); }
+    void init() { flow = std::make_unique<Flow>(); }
+    void cleanup()
+    {
+        flow.reset();
+        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor/readers.conf");
+    }
+
+    void cardThatGoesWhileTheSettingsAreShownIsForgottenAndThePageStays()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->button("bSettings")->click();
+        QVERIFY(!hidden("bWroc"));
+
+        flow->window->loadedReaders({}, "NO_CARD");
+
+        QCOMPARE(flow->page(), QString("pageSettings"));
+        QCOMPARE(flow->title(), QString("Ustawienia"));
+        QCOMPARE(flow->readersBox()->currentText(), QString("brak karty w czytniku"));
+        QVERIFY(hidden("bWroc"));
+        for (const char *name : { "lNumIdVal", "lCommonNameVal", "lsurnameVal", "lExpDateVal" })
+            QCOMPARE(flow->label(name)->text(), QString());
+        QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
+        for (const char *name : { "lPhoto", "lPhotoLarge" })
+            QCOMPARE(flow->label(name)->pixmap(Qt::ReturnByValue).toImage(),
+                     QIcon(":/images/no_photo.svg").pixmap(flow->label(name)->size()).toImage());
+    }
+
+    void missingCardDoesNotDisturbTheHelpPage()
+    {
+        QVERIFY(flow->showCard("anna"));
+        showPage("pageHelp");
+
+        flow->window->loadedReaders({}, "NO_CARD");
+
+        QCOMPARE(flow->page(), QString("pageHelp"));
+        QCOMPARE(flow->readersBox()->currentText(), QString("brak karty w czytniku"));
+    }
+
+    void errorEndsTheLoaderOnPagesThatItDoesNotLeave()
+    {
+        flow->openWindow();
+        for (const char *page : { "pageSettings", "pageHelp" }) {
+            showPage(page);
+            flow->window->loadAll();
+            QVERIFY(flow->loaderShown());
+
+            flow->window->loadedReaders({}, "NO_CARD");
+
+            QVERIFY2(!flow->loaderShown(), page);
+            QVERIFY2(!hidden("pager"), page);
+            QVERIFY2(flow->page() == page, page);
+        }
+    }
+
+    void wayHomeEmptiesTheFieldsOfThePinPage()
+    {
+        QVERIFY(flow->showCard("anna"));
+        const QList<const char *> fields { "lineNewPin", "lineActualPin", "lineRepeatPin" };
+        const QList<const char *> hints { "lNewPinInfo", "lActualPinInfo", "lRepeatPinInfo" };
+        showPage("pageChangePin");
+        fill(fields);
+        for (const char *hint : hints)
+            flow->widget(hint)->show();
+
+        flow->button("bCancel")->click();
+
+        checkEmptied(fields);
+        for (const char *hint : hints)
+            QVERIFY2(hidden(hint), hint);
+    }
+
+    void wayHomeEmptiesTheFieldsOfTheUnblockPageAndLeavesItsHints()
+    {
+        QVERIFY(flow->showCard("anna"));
+        const QList<const char *> fields { "lineNewPinPuk", "lineRepeatPinPuk", "lineInsertPuk" };
+        const QList<const char *> hints { "lNewPinInfoPuk", "lPinInfoPuk" };
+        showPage("pageUnblockPin");
+        fill(fields);
+        for (const char *hint : hints)
+            flow->widget(hint)->show();
+
+        flow->button("bCancel_2")->click();
+
+        checkEmptied(fields);
+        for (const char *hint : hints)
+            QVERIFY2(!hidden(hint), hint);
+    }
+
+    void wayHomeShowsTheTilesAndSwitchesTheFooterOn()
+    {
+        QVERIFY(flow->showCard("anna"));
+        showPage("pageCertInfo");
+        auto *inner = flow->find<QStackedWidget>("pagerBlockedPuk");
+        inner->setCurrentWidget(flow->widget("pageBlockedPuk"));
+        flow->widget("bSettings")->setEnabled(false);
+        flow->widget("bHelp")->setEnabled(false);
+        flow->widget("bClose")->hide();
+
+        flow->window->moveToHomePage();
+
+        QCOMPARE(inner->currentWidget()->objectName(), QString("pageValidPuk"));
+        QVERIFY(flow->widget("bSettings")->isEnabled());
+        QVERIFY(flow->widget("bHelp")->isEnabled());
+        QVERIFY(!hidden("bClose"));
+        QCOMPARE(flow->page(), QString("pageHome"));
+    }
+
+    void listWithoutTheReaderInUseClearsThePageEvenIfNothingElseDoes()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->world.insertCard("Czytnik Beta", "jan");
+        flow->world.removeReader("Czytnik Alfa");
+        // The list is an answer, so no new search clears the page, and the card of the new reader answers nothing yet.
+        flow->window->getReadersFromMonitor();
+        sim::Fault fault;
+        fault.function = "*";
+        fault.block = true;
+        flow->world.addFault(fault);
+        QSignalSpy readers(flow->window.get(), &Window::getReaders);
+
+        flow->window->loadedReaders({ "Czytnik Beta" });
+
+        QCOMPARE(readers.count(), 0);
+        QTRY_COMPARE(flow->world.waitingCalls(), 1);
+        for (const char *name : { "lNumIdVal", "lCommonNameVal", "lsurnameVal", "lExpDateVal" })
+            QCOMPARE(flow->label(name)->text(), QString());
+        QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
+        QCOMPARE(flow->label("lPhoto")->pixmap(Qt::ReturnByValue).toImage(),
+                 QIcon(":/images/no_photo.svg").pixmap(flow->label("lPhoto")->size()).toImage());
+    }
+
+    void boxIsAsWideAsItsTextAndThirty()
+    {
+        flow->openWindow();
+        flow->window->loadedReaders({ "Czytnik z bardzo długą nazwą 2000" });
+
+        const QFontMetrics metrics(flow->readersBox()->font());
+        QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("Czytnik z bardzo długą nazwą 2000") + 30);
+    }
+
+    void homeWithoutAReaderAsksTheMonitor()
+    {
+        flow->openWindow();
+        LogCatcher log;
+
+        flow->window->moveToHomePage();
+
+        QVERIFY(log.has("no reader go to disconnect page"));
+        QVERIFY(log.has("reader checked "));
+        QCOMPARE(flow->page(), QString("pageSettings"));
+    }
+
+    void backWithoutAReaderSearchesAgain()
+    {
+        flow->openWindow();
+        QSignalSpy readers(flow->window.get(), &Window::getReaders);
+
+        flow->window->checkAndMoveToHomePage();
+
+        QCOMPARE(readers.count(), 1);
+    }
+
+    void readerIsTheSameOnlyInTheSameLetters()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QSignalSpy readers(flow->window.get(), &Window::getReaders);
+
+        flow->window->loadedReaders({ "Czytnik Alfa" });
+        QCOMPARE(readers.count(), 0);
+
+        flow->window->loadedReaders({ "czytnik alfa" });
+        QCOMPARE(readers.count(), 1);
+    }
+
+    void sameListAgainHidesTheWarning()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QVERIFY(!hidden("warningFrame"));
+
+        flow->window->loadedReaders({ "Czytnik Alfa" });
+
+        QVERIFY(hidden("warningFrame"));
+        QVERIFY(!flow->loaderShown());
+    }
+
+    void warningIsThatOfTheReaderPicked()
+    {
+        writeReadersConf("Beta=E65535\r\n");
+        flow->openWindow();
+        flow->window->loadedReaders({ "Czytnik Alfa", "Czytnik Beta" });
+
+        flow->readersBox()->setCurrentIndex(0);
+        flow->window->selectReader();
+        QVERIFY(!hidden("warningFrame"));
+
+        flow->readersBox()->setCurrentIndex(1);
+        flow->window->selectReader();
+        QVERIFY(hidden("warningFrame"));
+    }
+};
+
+VELMOR_TEST_MAIN(TestReaderDetails)
+#include "tst_reader_details.moc"

@@ -1,0 +1,130 @@
+#include "program_runs.h"
+
+#include <QLibraryInfo>
+#include <QRegularExpression>
+
+#include "simworld/sim_world.h"
+
+// What the program takes from around it: the toolkit's translations, arguments and environment, fonts; and what it
+// tells on standard output.
+class TestProgramSurroundings : public QObject, private ProgramRuns {
+    Q_OBJECT
+
+private:
+    // Elapsed milliseconds of the lines on standard output.
+    static QList<int> stamps(const QByteArray &output)
+    {
+        QList<int> out;
+        for (const QByteArray &line : output.split('\n')) {
+            if (!line.isEmpty())
+                out << line.left(9).toInt();
+        }
+        return out;
+    }
+
+private slots:
+    void init() { QDir().mkpath(logFolder()); }
+
+    void cleanup()
+    {
+        killAll();
+        QDir(logFolder()).removeRecursively();
+    }
+
+    void missingTranslationLeavesTheTextsInEnglish()
+    {
+        const QString root = TestHome::path() + "/moved";
+        const QString copy = programIn(root);
+        QVERIFY(QDir().mkpath(QFileInfo(copy).path()));
+        QVERIFY(QFile::copy(program(), copy));
+        QFile conf(QFileInfo(copy).path() + "/qt.conf");
+        QVERIFY(conf.open(QIODevice::WriteOnly));
+        conf.write("[Paths]\nTranslations=/nonexistent\nPlugins=");
+        conf.write(QLibraryInfo::location(QLibraryInfo::PluginsPath).toUtf8() + '\n');
+        conf.close();
+
+        const Outcome outcome = runToEnd({ "-t" }, {}, copy);
+
+        QCOMPARE(outcome.code, 0);
+        QCOMPARE(outcome.output, QByteArray("<Version>4.3.5</Version><Fix>23</Fix><Translation>Close</Translation>\n"));
+        QCOMPARE(outcome.errors, QByteArray());
+    }
+
+    // The first application object takes its arguments out of a copy; the second needs them again.
+    void toolkitsOwnArgumentsReachBothApplications()
+    {
+        const Outcome outcome =
+            runToEnd({ "-platform", "offscreen", "-v" },
+                     { { "QT_QPA_PLATFORM", QString() }, { "DISPLAY", QString() }, { "WAYLAND_DISPLAY", QString() } });
+
+        QCOMPARE(outcome.code, 0);
+        QCOMPARE(outcome.output.trimmed(), QByteArray("Manager 4.3.5"));
+        QVERIFY(logHas("Scale factors:"));
+    }
+
+    void platformOfTheUserIsLeftAlone()
+    {
+#ifdef Q_OS_WIN
+        QSKIP("The program names its own there");
+#endif
+        startProgram({ "-p", "help" }, { { "QT_QPA_PLATFORM", "minimal" } });
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("used platform plugin:  minimal"), 10000);
+
+        // Neither fonts nor translation are loaded on that platform.
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("shm lock created"), 10000);
+        QVERIFY(!logHas("load ttf:"));
+    }
+
+    void everyFontIsLoadedAndGivesTheFamilyOfTheThemes()
+    {
+        startProgram({ "-p", "help" });
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("shm lock created"), 10000);
+
+        QStringList files;
+        for (QString line : logLines().filter("load ttf:")) {
+            const QRegularExpression form("load ttf: (\\S+\\.ttf)  available fonts:  Poppins$");
+            const auto match = form.match(line);
+            QVERIFY2(match.hasMatch(), qPrintable(line));
+            files << match.captured(1);
+        }
+        // Three weights, of which the themes ask for 400, 500 and 600.
+        QCOMPARE(files.size(), 3);
+        for (const char *weight : { "400", "500", "600" })
+            QCOMPARE(files.filter(weight).size(), 1);
+    }
+
+    void clockOfTheTestLinesRunsFromTheLastCardRead()
+    {
+        sim::SimWorld world;
+        world.reset();
+        // Its name makes test lines of all that name it.
+        QVERIFY(world.insertCard("Czytnik [test]", "anna"));
+
+        QProcess *process = startProgram({ "-r", "0:Czytnik [test]||" });
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("select reader:  Czytnik [test]"), 10000);
+        killAllAfterReading(process);
+
+        const QList<int> times = stamps(standardOutput);
+        const int shown = times.first();
+        const int restarted = *std::min_element(times.begin() + 1, times.end());
+        QVERIFY2(restarted < shown, standardOutput.constData());
+        const QRegularExpression form("^\\d{9} .{15} .*\\[test\\].*$");
+        for (const QByteArray &line : standardOutput.split('\n')) {
+            if (!line.isEmpty())
+                QVERIFY2(form.match(QString::fromLocal8Bit(line)).hasMatch(), line.constData());
+        }
+    }
+
+private:
+    QByteArray standardOutput;
+
+    void killAllAfterReading(QProcess *process)
+    {
+        process->kill();
+        process->waitForFinished();
+        standardOutput = process->readAllStandardOutput().replace("\r", "");
+    }
+};
+
+VELMOR_TEST_MAIN(TestProgramSurroundings)
+#include "tst_program_surroundings.moc"

@@ -25,6 +25,8 @@ private slots:
     void relativeRuntimeFolderDoesNotCount();
     void openGlIsAvoidedUntilTheWindowIsShown();
     void openGlOfTheUserIsKept();
+    void childrenGetTheEnvironmentWithoutWhatIsOurs();
+    void emptyFontConfigurationLastsAsLongAsItsObject();
     void pluginIsChosenOnWindowsOnly();
 
 private:
@@ -207,6 +209,43 @@ void TstPlatform::openGlOfTheUserIsKept()
 
     Platform::allowOpenGl();
     QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
+}
+
+void TstPlatform::childrenGetTheEnvironmentWithoutWhatIsOurs()
+{
+    const Variable opengl("QT_XCB_GL_INTEGRATION", QByteArray());
+    const Variable other("VELMOR_TEST_OTHER", "kept");
+
+    Platform::avoidOpenGl();
+
+    const QProcessEnvironment environment = Platform::childEnvironment();
+    QVERIFY(!environment.contains("QT_XCB_GL_INTEGRATION"));
+    QCOMPARE(environment.value("VELMOR_TEST_OTHER"), QString("kept"));
+}
+
+void TstPlatform::emptyFontConfigurationLastsAsLongAsItsObject()
+{
+    const Variable fonts("FONTCONFIG_FILE", QByteArray());
+    QString path;
+    if (onWindows)
+        return;
+
+    {
+        const Platform::EmptyFontConfiguration empty;
+        path = qEnvironmentVariable("FONTCONFIG_FILE");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("<fontconfig/>"));
+    }
+
+    QVERIFY(!QFile::exists(path));
+    QVERIFY(!qEnvironmentVariableIsSet("FONTCONFIG_FILE"));
+    const Variable chosen("FONTCONFIG_FILE", "chosen by the user");
+    {
+        const Platform::EmptyFontConfiguration empty;
+        QCOMPARE(qgetenv("FONTCONFIG_FILE"), QByteArray("chosen by the user"));
+    }
+    QCOMPARE(qgetenv("FONTCONFIG_FILE"), QByteArray("chosen by the user"));
 }
 
 void TstPlatform::pluginIsChosenOnWindowsOnly()

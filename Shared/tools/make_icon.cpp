@@ -7,15 +7,17 @@
 #include <QSvgRenderer>
 #include <QVector>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 // Draws an SVG file in the sizes of a Windows icon and writes them as one .ico: small ones as bitmaps, which every
 // reader knows, large ones as PNG, which keeps the file small (Windows Vista and later). Usage: velmor-make-icon IN.svg
-// OUT.ico
+// OUT.ico LARGEST-SIDE
 
 namespace {
 
-const QVector<int> sizes { 16, 20, 24, 32, 40, 48, 64, 128, 256 };
+const QVector<int> allSizes { 16, 20, 24, 32, 40, 48, 64, 128, 256 };
 constexpr int smallestPng = 128;
 constexpr int headerSize = 6;
 constexpr int entrySize = 16;
@@ -56,8 +58,11 @@ QByteArray bitmap(const QImage &image)
     return bytes + QByteArray(size * maskRow, '\0');
 }
 
-QByteArray icon(QSvgRenderer &renderer)
+QByteArray icon(QSvgRenderer &renderer, int largest)
 {
+    QVector<int> sizes;
+    std::copy_if(allSizes.begin(), allSizes.end(), std::back_inserter(sizes),
+                 [largest](int size) { return size <= largest; });
     QByteArray directory;
     QByteArray pictures;
     QDataStream out(&directory, QIODevice::WriteOnly);
@@ -80,13 +85,14 @@ QByteArray icon(QSvgRenderer &renderer)
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    if (argc != 3) {
-        std::fputs("usage: velmor-make-icon IN.svg OUT.ico\n", stderr);
+    if (argc != 4) {
+        std::fputs("usage: velmor-make-icon IN.svg OUT.ico LARGEST-SIDE\n", stderr);
         return 2;
     }
     QSvgRenderer renderer(QString::fromLocal8Bit(argv[1]));
     QFile file(QString::fromLocal8Bit(argv[2]));
-    const bool written = renderer.isValid() && file.open(QIODevice::WriteOnly) && file.write(icon(renderer)) > 0;
+    const bool written = renderer.isValid() && file.open(QIODevice::WriteOnly)
+        && file.write(icon(renderer, QByteArray(argv[3]).toInt())) > 0;
     if (!written)
         std::fputs("velmor-make-icon: the icon could not be written\n", stderr);
     return written ? 0 : 1;

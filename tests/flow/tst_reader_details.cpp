@@ -17,15 +17,6 @@ private:
     bool hidden(const char *name) const { return flow->widget(name)->isHidden(); }
     QLineEdit *field(const char *name) const { return flow->find<QLineEdit>(name); }
 
-    void writeReadersConf(const QByteArray &content)
-    {
-        const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor";
-        QDir().mkpath(folder);
-        QFile file(folder + "/readers.conf");
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
     void fill(const QList<const char *> &fields)
     {
         for (const char *name : fields) {
@@ -46,11 +37,7 @@ private:
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
     void init() { flow = std::make_unique<Flow>(); }
-    void cleanup()
-    {
-        flow.reset();
-        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor/readers.conf");
-    }
+    void cleanup() { flow.reset(); }
 
     void cardThatGoesWhileTheSettingsAreShownIsForgottenAndThePageStays()
     {
@@ -232,7 +219,7 @@ private slots:
 
     void warningIsThatOfTheReaderPicked()
     {
-        writeReadersConf("Beta=E65535\r\n");
+        flow->writeReadersConf("Beta=E65535\r\n");
         flow->openWindow();
         flow->window->loadedReaders({ "Czytnik Alfa", "Czytnik Beta" });
 

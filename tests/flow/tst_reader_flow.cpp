@@ -12,24 +12,11 @@ class TestReaderFlow : public QObject {
 private:
     std::unique_ptr<Flow> flow;
 
-    void writeReadersConf(const QByteArray &content)
-    {
-        const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor";
-        QDir().mkpath(folder);
-        QFile file(folder + "/readers.conf");
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
 
     void init() { flow = std::make_unique<Flow>(); }
-    void cleanup()
-    {
-        flow.reset();
-        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/velmor/readers.conf");
-    }
+    void cleanup() { flow.reset(); }
 
     void windowOpensOnTheSettingsPageAndNamesNoReader()
     {
@@ -359,7 +346,7 @@ private slots:
     {
         QFETCH(QByteArray, conf);
         if (!conf.isEmpty())
-            writeReadersConf(conf);
+            flow->writeReadersConf(conf);
 
         QVERIFY(flow->showCard("anna"));
 

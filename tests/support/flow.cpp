@@ -1,7 +1,12 @@
 #include "support/flow.h"
 
 #include "app/app.h"
+#include "base/common.h"
+#include "base/platform.h"
 #include "shared.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 namespace {
 
@@ -27,6 +32,7 @@ Flow::~Flow()
     world.clearFaults();
     world.release();
     closeWindow();
+    QFile::remove(Platform::readersConfPath("velmor"));
 }
 
 void Flow::openWindow()
@@ -65,6 +71,14 @@ bool Flow::waitForCard()
 {
     return QTest::qWaitFor([this] { return !loaderShown() && (photoArrived() || page() == "pageNoElectricLayer"); },
                            patience);
+}
+
+void Flow::writeReadersConf(const QByteArray &content)
+{
+    const QString path = Platform::readersConfPath("velmor");
+    QDir().mkpath(QFileInfo(path).path());
+    if (!writeFileBytes(path, content))
+        qFatal("cannot write %s", qPrintable(path));
 }
 
 QStringList Flow::calls() const

@@ -53,6 +53,9 @@ public:
     // Waits for the end of a card read that something else has started.
     bool waitForCard();
 
+    // The user's table of readers; it goes with this object.
+    void writeReadersConf(const QByteArray &content);
+
     // Cryptoki functions called so far, one after the other, with their container where they have one.
     QStringList calls() const;
 };

@@ -52,7 +52,7 @@ public slots:
     void changePinFin(int res);
     void closeTheards();
     void closeWithTheards();
-    void loadedReaders(QStringList _readers, const QString &err = {}, const QString &canAppStat = {});
+    void loadedReaders(const QStringList &_readers, const QString &err = {}, const QString &canAppStat = {});
     void loaderReadersErr(const QString &err, const QString &canAppStat);
     void loadAll();
     void quitClicked();

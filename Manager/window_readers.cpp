@@ -72,7 +72,7 @@ void Window::getReadersFin(bool success, const QStringList &readers)
         loadedReaders(readers);
 }
 
-void Window::loadedReaders(QStringList _readers, const QString &err, const QString &canAppStat)
+void Window::loadedReaders(const QStringList &_readers, const QString &err, const QString &canAppStat)
 {
     qDebug().noquote() << "Readers list: " << _readers;
     const QStringList names = readerNames(_readers);

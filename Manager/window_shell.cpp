@@ -60,7 +60,7 @@ bool Window::event(QEvent *event)
         qDebug().noquote() << "Unminimalize()";
         return true;
     }
-    return QWidget::event(event);
+    return QWidget::event(event); // NOLINT(bugprone-parent-virtual-call): past the main window's own, which is meant
 }
 
 void Window::changeEvent(QEvent *event)

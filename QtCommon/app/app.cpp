@@ -142,7 +142,7 @@ QString App::findApp(const QString &program) const
     const QStringList directories { Common::isDev() ? devBuildDir(file) : installed };
     const QString suffix = (arch == "i386" ? "32" : "") + Platform::programSuffix();
     for (const QString &directory : directories) {
-        const QString path = directory + QDir::separator() + prefix + file + suffix;
+        QString path = directory + QDir::separator() + prefix + file + suffix;
         if (QFile::exists(path))
             return path;
     }

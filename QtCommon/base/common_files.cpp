@@ -69,7 +69,7 @@ QString maxApduSize(const QString &reader)
         const QString key = sliceText(line, "$=^");
         if (key.isEmpty() || !reader.contains(key))
             continue;
-        const QString value = sliceText(line, "$=$");
+        QString value = sliceText(line, "$=$");
         qDebug().noquote() << "reader maxApdu is" << value;
         return value;
     }

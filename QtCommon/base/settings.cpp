@@ -40,7 +40,7 @@ Settings *Settings::instance()
 
 QVariant Settings::value(const QString &key) const
 {
-    const QVariant own = store->value(key);
+    QVariant own = store->value(key);
     if (own.isValid())
         return own;
     return openStore(QSettings::SystemScope)->value(key);

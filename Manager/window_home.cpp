@@ -87,7 +87,7 @@ void Window::loadedCertsCount(int auth, int author, int pres, int qual)
     if (cardHasGone())
         return;
     // Late answers about another card may have come since it was emptied.
-    clearHomeLabels();
+    clearPerson();
     certStore.setCounts(auth, author, pres, qual);
     ui->bArrowICAO->hide();
     ui->bChangePinAuthenCert->setEnabled(certStore.hasContainer(HomeCards::Authentication));

@@ -156,6 +156,24 @@ private slots:
         QVERIFY(!photo().isNull());
         QVERIFY(photo() != ofAnna);
     }
+
+    void nothingOfTheOneBeforeStaysOnACardWithoutCertificates_data() { places(); }
+    void nothingOfTheOneBeforeStaysOnACardWithoutCertificates()
+    {
+        QVERIFY(flow->showCard("anna"));
+        const QImage ofAnna = photo();
+        const QString surname = text("lsurnameVal");
+        QVERIFY(flow->world.insertCard("Czytnik Beta", "no-certificates"));
+        holdTheReadOfTheCard();
+
+        flow->window->loadedReaders({ "Czytnik Beta" });
+        flow->world.release();
+        letTheWorkerFinish();
+
+        QTRY_COMPARE(flow->page(), QString("pageNoElectricLayer"));
+        QVERIFY2(!flow->widget("widgetBlurICAO")->accessibleName().contains(surname), "name");
+        QVERIFY2(photo() != ofAnna, "photo");
+    }
 };
 
 VELMOR_TEST_MAIN(TestStaleAnswers)

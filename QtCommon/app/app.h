@@ -33,6 +33,8 @@ public:
     // Takes the lock that only one instance of a program can hold.
     bool lock();
     void unlock();
+    // Of the lock; after `init`.
+    QSharedPointer<QSharedMemory> lockSegment() const { return appLock.segment(); }
 
     static QString productName();
     static QString fullVersion() { return "4.3.5.23"; }

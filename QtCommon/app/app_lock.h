@@ -19,6 +19,9 @@ public:
     bool lock();
     void unlock();
 
+    // The segment, which is also the inbox of the program. Null without a key.
+    QSharedPointer<QSharedMemory> segment() const { return memory; }
+
     // Whether somebody holds the segment.
     bool isHeld();
 

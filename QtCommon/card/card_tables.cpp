@@ -1,6 +1,7 @@
 #include "card/card_tables.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -42,7 +43,7 @@ const std::vector<ChipContainer> chipContainerTable = {
 std::vector<quint8> specimenAtr(const std::string &historical)
 {
     std::vector<quint8> atr { 0x3B, static_cast<quint8>(0x80 | historical.size()), 0x01 };
-    atr.insert(atr.end(), historical.begin(), historical.end());
+    std::copy(historical.begin(), historical.end(), std::back_inserter(atr));
     quint8 check = 0;
     std::for_each(atr.begin() + 1, atr.end(), [&check](quint8 byte) { check ^= byte; });
     atr.push_back(check);

@@ -1,5 +1,7 @@
 #include "support/testmain.h"
 
+#include "base/platform.h"
+
 #include <QDir>
 #include <QMutex>
 #include <QTemporaryDir>
@@ -7,16 +9,13 @@
 namespace {
 
 QMutex mutex;
-QStringList caught;
+QVector<LogCatcher *> catchers; // one may live within another
 QtMessageHandler before = nullptr;
 QString homePath;
 
 void catchMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    {
-        QMutexLocker locker(&mutex);
-        caught << message;
-    }
+    LogCatcher::add(message);
     if (before)
         before(type, context, message);
 }
@@ -51,6 +50,8 @@ TestHome::TestHome() : folder(new QTemporaryDir)
         qputenv(row.variable, QDir::toNativeSeparators(home.filePath(row.subfolder)).toLocal8Bit());
     }
     QFile::setPermissions(home.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // Where the program insists on a platform plugin, the tests see what it sees; elsewhere ctest names one.
+    Platform::choosePlatformPlugin();
     // The store's machine branch is fixed when the first store is made, from XDG_CONFIG_DIRS on the systems that have
     // it.
     qunsetenv("QT_SCREEN_SCALE_FACTORS");
@@ -68,14 +69,25 @@ QString TestHome::path()
 
 LogCatcher::LogCatcher()
 {
-    clear();
-    before = qInstallMessageHandler(catchMessage);
+    QMutexLocker locker(&mutex);
+    if (catchers.isEmpty())
+        before = qInstallMessageHandler(catchMessage);
+    catchers << this;
 }
 
 LogCatcher::~LogCatcher()
 {
-    qInstallMessageHandler(before);
-    before = nullptr;
+    QMutexLocker locker(&mutex);
+    catchers.removeAll(this);
+    if (catchers.isEmpty())
+        qInstallMessageHandler(before);
+}
+
+void LogCatcher::add(const QString &message)
+{
+    QMutexLocker locker(&mutex);
+    for (LogCatcher *catcher : qAsConst(catchers))
+        catcher->caught << message;
 }
 
 QStringList LogCatcher::lines() const

@@ -34,6 +34,12 @@ public:
     bool has(const QString &part) const;
     int count(const QString &part) const;
     void clear();
+
+    // For the message handler.
+    static void add(const QString &message);
+
+private:
+    QStringList caught;
 };
 
 #define VELMOR_TEST_MAIN(TestClass)                                                                                    \

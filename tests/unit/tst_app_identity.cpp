@@ -55,7 +55,7 @@ QStringList logged(const QString &file = "velmor_manager.log")
         return { "no file" };
     const QRegularExpression time("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3} ");
     QStringList lines;
-    for (const QString &line : QString::fromLocal8Bit(log.readAll()).split('\n', Qt::SkipEmptyParts))
+    for (const QString &line : QString::fromLocal8Bit(log.readAll()).remove('\r').split('\n', Qt::SkipEmptyParts))
         lines << (time.match(line).hasMatch() ? line.mid(24) : "no time: " + line);
     return lines;
 }

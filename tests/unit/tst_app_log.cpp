@@ -72,7 +72,8 @@ QStringList TstAppLog::linesWritten()
     QFile file(logFile());
     if (!file.open(QIODevice::ReadOnly))
         return { "no file" };
-    QStringList lines = QString::fromLocal8Bit(file.readAll()).split('\n');
+    // Lines end as the platform's text files do.
+    QStringList lines = QString::fromLocal8Bit(file.readAll()).remove('\r').split('\n');
     if (lines.takeLast() != "")
         return { "the last line has no end" };
     return lines;

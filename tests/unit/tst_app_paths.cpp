@@ -317,13 +317,16 @@ void TstAppPaths::runStartsTheProgramWithItsArguments()
 void TstAppPaths::runThroughTheShellStartsTheProgramAndPauses()
 {
     QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), programPath("velmor_can")));
+    // The shell of Windows keeps the quotes around a program only if they are the only ones in the line. The one
+    // program that is started this way takes no arguments.
+    const QString last = onWindows && programPath("").contains(' ') ? "b" : "b c";
     QElapsedTimer timer;
     timer.start();
 
-    QVERIFY(App::instance()->runApp("*can", true, { "a", "b c" }));
+    QVERIFY(App::instance()->runApp("*can", true, { "a", last }));
 
     QVERIFY2(timer.elapsed() >= 200, qPrintable(QString::number(timer.elapsed())));
-    QTRY_COMPARE(contentOf(markOf("velmor_can")), QString("a|b c|end"));
+    QTRY_COMPARE(contentOf(markOf("velmor_can")), "a|" + last + "|end");
 }
 
 void TstAppPaths::runWithoutTheShellDoesNotPause()

@@ -107,11 +107,14 @@ void TstCommonProcess::startIsLoggedWithItsArguments()
 void TstCommonProcess::argumentsArriveAsTheyAre()
 {
     const QString path = freshPath();
+    const LogCatcher log;
     CommonProcess process;
 
     process.start(self(), QStringList { childWrite, path } + oddArguments);
 
     QTRY_COMPARE(linesOf(path), oddArguments + QStringList({ "end", "" }));
+    // Its end is not to be taken for that of the next test's process.
+    QTRY_VERIFY(log.has("exit code:"));
 }
 
 void TstCommonProcess::endIsLoggedWithItsCode_data()
@@ -174,6 +177,7 @@ void TstCommonProcess::failedStartIsToldToNobody()
 void TstCommonProcess::startDoesNotWait()
 {
     const QString path = freshPath();
+    const LogCatcher log;
     CommonProcess process;
 
     // Whoever waits here for the child waits in vain: the child waits for the gate.
@@ -183,6 +187,7 @@ void TstCommonProcess::startDoesNotWait()
     QFile gate(path + ".gate");
     QVERIFY(gate.open(QIODevice::WriteOnly));
     QTRY_VERIFY(QFile::exists(path));
+    QTRY_VERIFY(log.has("exit code:"));
 }
 
 void TstCommonProcess::childOutlivesTheObjectThatStartedIt()
@@ -244,6 +249,7 @@ void TstCommonProcess::shellPassesArgumentsAsTheyAre()
     process.startShell(self(), QStringList { childWrite, path } + args);
 
     QTRY_COMPARE(linesOf(path), args + QStringList({ "end", "" }));
+    QTRY_VERIFY(log.has("exit code:"));
 #ifdef Q_OS_WIN
     QVERIFY(log.lines().first().startsWith("run: cmd.exe (/c, "));
 #else

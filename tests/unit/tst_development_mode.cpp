@@ -46,6 +46,19 @@ namespace {
 
 constexpr char childTell[] = "--tell";
 
+// As the toolkit writes a text into such a file: letters beyond Latin-1 as their numbers.
+QByteArray escaped(const QString &text)
+{
+    QByteArray out;
+    for (const QChar letter : text) {
+        if (letter.unicode() < 128)
+            out += letter.toLatin1();
+        else
+            out += "\\x" + QByteArray::number(letter.unicode(), 16);
+    }
+    return out;
+}
+
 } // namespace
 
 void TstDevelopmentMode::init()
@@ -56,7 +69,7 @@ void TstDevelopmentMode::init()
     createEmptyFile(root() + "/Makefile");
     configure("doc", "DOC_DIR=\" /src/docs \"\n");
     configure("core", "CORE_BUILD_DIR=\" /src/build/core \"\n");
-    configure("monitor", ("MONITOR_BUILD_DIR=" + folder->filePath("monitor") + '\n').toUtf8());
+    configure("monitor", "MONITOR_BUILD_DIR=" + escaped(folder->filePath("monitor")) + '\n');
     QVERIFY(QDir().mkpath(folder->filePath("monitor")));
 }
 

@@ -1,0 +1,462 @@
+#include "app/app.h"
+#include "app/app_lock.h"
+#include "ipc/ipc.h"
+
+#include "support/raw_inbox.h"
+#include "support/testmain.h"
+
+#ifdef Q_OS_LINUX
+#include <sys/shm.h>
+#endif
+
+// The segments of the bus inside one process: opening, polling, sending and leaving, and whatever others write into
+// them.
+class TestIpcShm : public QObject {
+    Q_OBJECT
+
+private:
+    static constexpr char inboxKey[] = "velmor_monitor";
+    static constexpr int prescribedSize = 500;
+
+    std::unique_ptr<Ipc> receiver;
+    std::unique_ptr<Ipc> sender;
+    QList<IpcMsg> heard;
+
+    void listen()
+    {
+        receiver->setName(inboxKey);
+        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
+        receiver->start();
+    }
+
+    // A message whose text form has this size.
+    static IpcMsg messageOfSize(int size, char fill = 'x')
+    {
+        IpcMsg message { { "from", "f" }, { "to", inboxKey }, { "k", "" } };
+        message.setParam("k", QByteArray(size - message.serialize().size(), fill));
+        return message;
+    }
+
+    static bool segmentExists(const char *key)
+    {
+        QSharedMemory memory(QString::fromLatin1(key));
+        return memory.attach();
+    }
+
+private slots:
+    void init()
+    {
+        receiver = std::make_unique<Ipc>();
+        sender = std::make_unique<Ipc>();
+        sender->setName("velmor_can");
+        heard.clear();
+    }
+
+    void cleanup()
+    {
+        receiver.reset();
+        sender.reset();
+        App::instance()->unlock();
+        QVERIFY(!segmentExists(inboxKey));
+    }
+
+    // Opening and leaving.
+
+    void startCreatesASegmentOfFiveHundredBytes()
+    {
+        LogCatcher log;
+        listen();
+        QCOMPARE(log.lines(), QStringList { "create shm velmor_monitor" });
+        RawInbox inbox(inboxKey);
+        QVERIFY(inbox.isThere());
+#ifdef Q_OS_LINUX
+        QCOMPARE(inbox.size(), prescribedSize);
+#else
+        QVERIFY(inbox.size() >= prescribedSize);
+#endif
+    }
+
+    void segmentIsItsOwnersAlone()
+    {
+#ifdef Q_OS_LINUX
+        listen();
+        const key_t key = ftok(QFile::encodeName(RawInbox(inboxKey).memory.nativeKey()).constData(), 'Q');
+        shmid_ds state {};
+        QCOMPARE(shmctl(shmget(key, 0, 0), IPC_STAT, &state), 0);
+        QCOMPARE(int(state.shm_perm.mode & 0777), 0600);
+#else
+        QSKIP("the platform keeps segments within the user's session");
+#endif
+    }
+
+    void startTakesASegmentThatIsThere()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        inbox.write("<a>waiting</a>");
+        LogCatcher log;
+        listen();
+        QVERIFY(!log.has("create shm"));
+        QCOMPARE(heard.size(), 1);
+        QCOMPARE(heard.first().param("a"), QByteArray("waiting"));
+    }
+
+    void segmentThatCannotBeCreatedIsLoggedAndThePollRunsOn()
+    {
+        LogCatcher log;
+        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
+        // Without a name there is no segment.
+        receiver->start();
+        QCOMPARE(log.count("create shm"), 1);
+        QVERIFY(log.lines().last().startsWith("shm not created:"));
+        QTest::qWait(250);
+        QCOMPARE(log.lines().size(), 2);
+        receiver->stop();
+    }
+
+    void stopWipesAndRemovesTheSegment()
+    {
+        listen();
+        RawInbox inbox(inboxKey);
+        inbox.write(QByteArray(prescribedSize, 'x'));
+        LogCatcher log;
+
+        receiver->stop();
+
+        QCOMPARE(log.lines(), QStringList { "remove  velmor_monitor" });
+        QVERIFY(inbox.isFree());
+        inbox.memory.detach();
+        QVERIFY(!segmentExists(inboxKey));
+        receiver->stop();
+        QCOMPARE(log.lines().size(), 1);
+    }
+
+    void stoppedInboxIsNotReadAnyMore()
+    {
+        listen();
+        RawInbox inbox(inboxKey);
+        receiver->stop();
+        inbox.write("<a>1</a>");
+        QTest::qWait(250);
+        QCOMPARE(inbox.text(), QByteArray("<a>1</a>"));
+        QVERIFY(heard.isEmpty());
+    }
+
+    void inboxOpensAgainAfterAStop()
+    {
+        listen();
+        receiver->stop();
+        QTest::qWait(150); // the armed poll has seen it
+        receiver->start();
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QTRY_COMPARE(heard.size(), 1);
+    }
+
+    void inboxOfTheInstanceLockIsItsSegment()
+    {
+        App *app = App::instance();
+        app->init("Monitor", VELMOR_TEST_ROOT, "x86_64", "Monitor");
+        QVERIFY(app->lock());
+        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
+        receiver->useLock(*app);
+        QCOMPARE(receiver->name(), QByteArray(inboxKey));
+        LogCatcher log;
+        receiver->start();
+        QVERIFY(!log.has("create shm"));
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QTRY_COMPARE(heard.size(), 1);
+
+        receiver->stop();
+
+        QCOMPARE(log.lines().last(), QString("detach  velmor_monitor"));
+        QVERIFY(app->lockSegment());
+        QVERIFY(!app->lockSegment()->isAttached());
+    }
+
+    void twoSiblingsOfOneNameShareTheMessages()
+    {
+        listen();
+        Ipc other;
+        QList<IpcMsg> heardByOther;
+        connect(&other, &Ipc::received, this, [&](const IpcMsg &message) { heardByOther << message; });
+        other.setName(inboxKey);
+        other.start();
+        for (int i = 0; i < 4; ++i) {
+            QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", i } }));
+            QTRY_COMPARE(heard.size() + heardByOther.size(), i + 1);
+        }
+    }
+
+    // Polling.
+
+    void messageIsLoggedTakenAndWiped()
+    {
+        listen();
+        RawInbox inbox(inboxKey);
+        LogCatcher log;
+        inbox.write("<k>value</k><to>velmor_monitor</to>");
+        QTRY_COMPARE(heard.size(), 1);
+        QCOMPARE(log.lines(), QStringList { "recv k:value, to:velmor_monitor" });
+        QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
+    }
+
+    void handlerRunsAfterTheUnlock()
+    {
+        listen();
+        bool taken = false;
+        connect(receiver.get(), &Ipc::received, this, [&] {
+            // Blocks for ever if the lock were still held.
+            taken = sender->send(IpcMsg { { "to", inboxKey }, { "k", 2 } });
+        });
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QTRY_VERIFY(taken);
+        receiver->disconnect(this);
+    }
+
+    void anythingInTheSegmentIsHarmless_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("messages");
+        const int size = prescribedSize;
+        QTest::newRow("no terminator") << messageOfSize(size).serialize() << 1;
+        QTest::newRow("brackets") << QByteArray(size, '<') << 1;
+        QTest::newRow("nested tags") << QByteArray("<a>").repeated(size / 3) << 1;
+        QTest::newRow("half a message") << messageOfSize(200).serialize().left(100) << 1;
+        QTest::newRow("all bits") << QByteArray(size, '\xFF') << 1;
+        QTest::newRow("one byte") << QByteArray("x") << 1;
+        QTest::newRow("zero in front") << QByteArray("\0<a>1</a>", 9) << 0;
+        QTest::newRow("unknown keys") << QByteArray("<x>1</x><y>2</y>") << 1;
+        QTest::newRow("duplicate keys") << QByteArray("<x>1</x><x>2</x>") << 1;
+        QTest::newRow("encID without A or msg") << QByteArray("<encID>i</encID>") << 0;
+        QTest::newRow("encID never agreed") << QByteArray("<encID>i</encID><msg>m</msg>") << 0;
+        QTest::newRow("exchange with nobody") << QByteArray("<A>xx</A><encID>i</encID>") << 0;
+        QTest::newRow("reply without a request") << QByteArray("<to>velmor_monitor/req1</to><x>1</x>") << 0;
+    }
+    void anythingInTheSegmentIsHarmless()
+    {
+        QFETCH(QByteArray, bytes);
+        listen();
+        RawInbox inbox(inboxKey);
+        inbox.write(bytes);
+
+        QTRY_VERIFY(inbox.bytes().left(prescribedSize) == QByteArray(prescribedSize, '\0') || bytes.startsWith('\0'));
+        QTest::qWait(120);
+
+        QTEST(heard.size(), "messages");
+        // And it goes on.
+        inbox.clear();
+        heard.clear();
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QTRY_COMPARE(heard.size(), 1);
+    }
+
+    void smallerSegmentIsNeverTouchedBeyondItsEnd()
+    {
+        RawInbox inbox(inboxKey, 10);
+        inbox.write(QByteArray(inbox.size(), '<'));
+#ifdef Q_OS_LINUX
+        // The rest of the page is there as well, and shows what went too far.
+        char *const beyond = static_cast<char *>(inbox.memory.data()) + inbox.size();
+        const QByteArray mark = "<a>1</a>";
+        std::memcpy(beyond, mark.constData(), static_cast<std::size_t>(mark.size()));
+#endif
+        listen();
+        QCOMPARE(heard.size(), 1);
+        QVERIFY(inbox.isFree());
+#ifdef Q_OS_LINUX
+        QVERIFY(heard.first().keys().isEmpty());
+        QCOMPARE(QByteArray(beyond, mark.size()), mark);
+#endif
+    }
+
+    // The tail that the wipe of 500 bytes leaves behind a long message is read as the end of the next full one.
+    void largerSegmentKeepsTheTailOfALongMessage()
+    {
+        RawInbox inbox(inboxKey, 4096);
+        listen();
+        QVERIFY(sender->send(IpcMsg { { "from", "f" }, { "to", inboxKey }, { "z", QByteArray(500, 'x') } }));
+        QTRY_COMPARE(heard.size(), 1);
+        QCOMPARE(heard.first().param("z"), QByteArray(500, 'x'));
+        QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
+        QVERIFY(inbox.bytes().mid(prescribedSize).startsWith("xxx"));
+
+        inbox.write("<z>" + QByteArray(prescribedSize - 3, 'y'));
+
+        QTRY_COMPARE(heard.size(), 2);
+        QCOMPARE(QString(heard.at(1).param("z")).remove('x'), QString(prescribedSize - 3, 'y'));
+    }
+
+    void segmentThatWentWhileRunningIsNoHarm()
+    {
+        listen();
+#ifdef Q_OS_LINUX
+        RawInbox inbox(inboxKey);
+        const QByteArray path = QFile::encodeName(inbox.memory.nativeKey());
+        const int id = shmget(ftok(path.constData(), 'Q'), 0, 0);
+        inbox.memory.detach();
+        QCOMPARE(shmctl(id, IPC_RMID, nullptr), 0);
+#endif
+        QTest::qWait(250);
+#ifdef Q_OS_LINUX
+        QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QFile::remove(QFile::decodeName(path));
+#endif
+    }
+
+    // Sending.
+
+    void senderIsFilledInOnlyIfThereIsNone()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QCOMPARE(inbox.text(), QByteArray("<from>velmor_can</from><k>1</k><to>velmor_monitor</to>"));
+        inbox.clear();
+        QVERIFY(sender->send(IpcMsg { { "from", "velmor_can/req1" }, { "to", inboxKey }, { "k", 1 } }));
+        QVERIFY(inbox.text().startsWith("<from>velmor_can/req1</from>"));
+    }
+
+    void pathOfTheAddressDoesNotChangeTheSegment()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        QVERIFY(sender->send(IpcMsg { { "to", "velmor_monitor/req1" }, { "k", 1 } }));
+        QVERIFY(inbox.text().endsWith("<to>velmor_monitor/req1</to>"));
+    }
+
+    void messageWithoutPayloadIsRefusedWithoutAWord()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        LogCatcher log;
+        QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "reply", "0" } }));
+        QVERIFY(log.lines().isEmpty());
+        QVERIFY(inbox.isFree());
+    }
+
+    void messageWithoutItsKeyIsRefused()
+    {
+        IpcMsg message { { "to", inboxKey }, { "k", 1 } };
+        message.setEncryptionId("unknown");
+        LogCatcher log;
+        QVERIFY(!sender->send(message));
+        QCOMPARE(log.lines().mid(2), (QStringList { "encrypt mesege is empty", "Failed prepare msage" }));
+    }
+
+    void closedProgramFailsAtOnce_data()
+    {
+        QTest::addColumn<QString>("to");
+        QTest::newRow("not running") << "velmor_ctk";
+        QTest::newRow("no address") << "";
+        QTest::newRow("no segment's name") << "../../x";
+    }
+    void closedProgramFailsAtOnce()
+    {
+        QFETCH(QString, to);
+        LogCatcher log;
+        QVERIFY(!sender->send(IpcMsg { { "to", to }, { "k", 1 } }));
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY2(log.lines().first().endsWith(" - send command error! (the app probably is closed?)"),
+                 qPrintable(log.text()));
+    }
+
+    void fullInboxIsGivenUpAfterFortyNineAttempts()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        inbox.write("<k>old</k>");
+        LogCatcher log;
+        QElapsedTimer clock;
+        clock.start();
+
+        QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+
+        // 48 rests of 50 ms.
+        QVERIFY2(clock.elapsed() >= 2400, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(log.lines(), QStringList { "send failed 50" });
+        QCOMPARE(inbox.text(), QByteArray("<k>old</k>"));
+    }
+
+    void inboxThatBecomesFreeIsCountedInAttempts()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        inbox.write("<k>old</k>");
+        LogCatcher log;
+        // Free between the second and the third attempt.
+        std::unique_ptr<QThread> thread(QThread::create([&inbox] {
+            QThread::msleep(75);
+            inbox.clear();
+        }));
+        thread->start();
+
+        const bool sent = sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } });
+
+        thread->wait();
+        QVERIFY(sent);
+        QCOMPARE(log.lines().size(), 1);
+        const QRegularExpression form("^send success in  (\\d+) attempt$");
+        const auto match = form.match(log.lines().first());
+        QVERIFY2(match.hasMatch(), qPrintable(log.text()));
+        // The third; a busy machine may have made it a later one.
+        QVERIFY(match.captured(1).toInt() >= 3);
+        QVERIFY(inbox.text().startsWith("<from>velmor_can</from><k>1</k>"));
+    }
+
+    void messageOfTheSegmentsSizeLeavesNoTerminator()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        const IpcMsg message = messageOfSize(inbox.size());
+        LogCatcher log;
+        QVERIFY(sender->send(message));
+        QVERIFY(log.lines().isEmpty());
+        QCOMPARE(inbox.bytes(), message.serialize());
+        listen();
+        QCOMPARE(heard.first().serialize(), message.serialize());
+    }
+
+    void longerMessageIsCutAndLosesTheEntriesAtItsEnd()
+    {
+        RawInbox inbox(inboxKey, prescribedSize);
+        const IpcMsg message = messageOfSize(inbox.size() + 1);
+        LogCatcher log;
+        QVERIFY(sender->send(message));
+        QVERIFY(log.has("memcpy error | _DestinationSize < _SourceSize"));
+        QCOMPARE(inbox.bytes(), message.serialize().left(inbox.size()));
+        listen();
+        // "</to" was all that was left of its last closing tag.
+        QCOMPARE(heard.first().keys(), (QList<QByteArray> { "from", "k" }));
+    }
+
+    void bytesChangeAsTheThreeCharacterSetsHaveIt_data()
+    {
+        QTest::addColumn<QByteArray>("sent");
+        QTest::addColumn<QByteArray>("arrived");
+        QTest::newRow("ASCII") << QByteArray("abc") << QByteArray("abc");
+        QTest::newRow("UTF-8") << QByteArray("Ąęż") << QByteArray("Ąęż");
+        QTest::newRow("no UTF-8") << QByteArray("a\xFF\xFE") << QByteArray("a\xEF\xBF\xBD\xEF\xBF\xBD");
+    }
+    void bytesChangeAsTheThreeCharacterSetsHaveIt()
+    {
+        QFETCH(QByteArray, sent);
+        listen();
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", sent } }));
+        QTRY_COMPARE(heard.size(), 1);
+        QTEST(heard.first().param("k"), "arrived");
+    }
+
+    void zeroByteEndsTheMessage()
+    {
+        listen();
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", QByteArray("a\0b", 3) } }));
+        QTRY_COMPARE(heard.size(), 1);
+        QCOMPARE(heard.first().keys(), QList<QByteArray> { "from" });
+    }
+
+    void canOnItsWayIsNotLogged()
+    {
+        listen();
+        LogCatcher log;
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "setCanToVerify", "274951" } }));
+        QTRY_COMPARE(heard.size(), 1);
+        QVERIFY(log.has("setCanToVerify:#"));
+        QVERIFY2(!log.has("274951"), qPrintable(log.text()));
+    }
+};
+
+VELMOR_TEST_MAIN(TestIpcShm)
+#include "tst_ipc_shm.moc"

@@ -1,7 +1,7 @@
 #include "stuck_guard.h"
 
 #include "base/platform.h"
-#include "temporary_certificate.h"
+#include "platform/temporary_certificate.h"
 
 #include <chrono>
 #include <thread>

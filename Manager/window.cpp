@@ -15,7 +15,7 @@
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
 #include "home_cards.h"
-#include "temporary_certificate.h"
+#include "platform/temporary_certificate.h"
 #include "text_width.h"
 #include "thproxy.h"
 #include "ui_window.h"

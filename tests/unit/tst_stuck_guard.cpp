@@ -2,7 +2,7 @@
 #include "support/testmain.h"
 
 #include "base/platform.h"
-#include "temporary_certificate.h"
+#include "platform/temporary_certificate.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "temporary_certificate.h"
+#include "platform/temporary_certificate.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,8 +12,7 @@ QString path()
 
 void remove()
 {
-    if (QFile::exists(path()))
-        QFile::remove(path());
+    QFile::remove(path());
 }
 
 } // namespace TemporaryCertificate

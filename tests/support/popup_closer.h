@@ -1,0 +1,41 @@
+#pragma once
+
+#include "gui/popup.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QStringList>
+#include <QTextDocumentFragment>
+#include <QTimer>
+
+// Somebody who reads every dialog that comes up while this lives, and closes it.
+class PopupCloser : public QObject {
+public:
+    PopupCloser()
+    {
+        connect(&timer, &QTimer::timeout, this, &PopupCloser::look);
+        timer.start(1);
+    }
+
+    // What the dialogs showed, without markup.
+    QStringList messages;
+    QStringList titles;
+    QList<int> buttonCounts;
+    bool hadParent = false;
+
+private:
+    void look()
+    {
+        auto *popup = qobject_cast<Popup *>(QApplication::activeModalWidget());
+        if (!popup)
+            return;
+        messages << QTextDocumentFragment::fromHtml(popup->findChild<QLabel *>("lText")->text()).toPlainText();
+        titles << popup->findChild<QLabel *>("lMainTitle")->text();
+        buttonCounts << popup->findChild<QDialogButtonBox *>("buttonBox")->buttons().size();
+        hadParent = hadParent || popup->parentWidget();
+        popup->closePopup();
+    }
+
+    QTimer timer;
+};

@@ -1,0 +1,422 @@
+#include "browser/integrator.h"
+#include "browser/integrator_checks.h"
+
+#include "app/app.h"
+#include "base/platform.h"
+#include "platform/os.h"
+#include "shared.h"
+#include "support/fake_programs.h"
+#include "support/popup_closer.h"
+#include "support/profile_folder.h"
+#include "support/testmain.h"
+
+#include <QCheckBox>
+#include <QVBoxLayout>
+
+#include <memory>
+
+// Boxes, edits and reports of the browser integration on a home with hand-made profiles.
+class TestIntegrator : public QObject {
+    Q_OBJECT
+
+private:
+    static constexpr const char *family = "Chrome, Chromium, Edge";
+    static constexpr const char *on = "user_pref(\"security.osclientcerts.autoload\", true);\r\n";
+    static constexpr const char *off = "user_pref(\"security.osclientcerts.autoload\", false);\r\n";
+    static constexpr const char *noChangeConnecting = "Ustawienia pozostały bez zmian dla aplikacji \"Firefox\".";
+    static constexpr const char *noChangeDisconnecting = "Ustawienia pozostały bez zmian dla aplikacji \"Firefox\"";
+    static QString connected(const QString &app)
+    {
+        return "Podłączono moduł obsługujący kartę velmor<br/> w programie \"" + app
+            + "\".<br/>Zmiany będą widoczne po ponownym uruchomieniu przeglądarki.";
+    }
+    static QString disconnected(const QString &app)
+    {
+        return "Odłączono moduł obsługujący kartę velmor<br/> w programie \"" + app
+            + "\".<br/>Zmiany będą widoczne po ponownym uruchomieniu przeglądarki.";
+    }
+    static QString noProfile(const QString &app)
+    {
+        return "<span style=\"color:#EA0449;\">Nie udało się odnaleźć profilu aplikacji, uruchom aplikacje \"" + app
+            + "\" i spróbuj ponownie.</span>";
+    }
+    static QByteArray entry(const QByteArray &library)
+    {
+        QByteArray slots_;
+        for (const char *slot : { "0xffffffff", "0x0", "0x1", "0x2", "0x3", "0x4", "0x5", "0x6", "0x7", "0x8", "0x9",
+                                  "0xa", "0xb", "0xc", "0xd", "0xe", "0xf" })
+            slots_ += QByteArray(" ") + slot + "=[slotFlags=PublicCerts]";
+        return "\r\nlibrary=" + library + "\r\nname=velmor (64 bits)\r\nNSS=slotParams={" + slots_.mid(1) + "}\r\n";
+    }
+
+    std::unique_ptr<FakePrograms> programs;
+    std::unique_ptr<PopupCloser> popups;
+    std::unique_ptr<Integrator> integrator;
+    std::unique_ptr<QWidget> page;
+    QVBoxLayout *layout = nullptr;
+
+    static QByteArray module() { return App::instance()->pkcsLibPath("x86_64").toLocal8Bit(); }
+    static ProfileFolder profile(const QString &name, const QByteArray &version)
+    {
+        return { Os().profilesRoot("Firefox") + name, version };
+    }
+    static ProfileFolder sharedDatabase() { return ProfileFolder(QDir::homePath() + "/.pki/nssdb"); }
+    static bool isLinux() { return Platform::word() == "lin"; }
+
+    int createChecks()
+    {
+        Integrator::checksClear(layout);
+        return integrator->checksCreate(layout, nullptr);
+    }
+    QCheckBox *check(const char *app) { return page->findChild<QCheckBox *>(app); }
+    // The page's way: boxes, a click of the user, the button.
+    QString submit(const char *app, bool ticked)
+    {
+        createChecks();
+        check(app)->setChecked(ticked);
+        integrator->checksSubmit(layout);
+        return integrator->resultText();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        if (!isLinux())
+            QSKIP("What is installed is read from the registry here");
+        Shared::loadResources();
+        QApplication::setQuitOnLastWindowClosed(false);
+        App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager");
+    }
+    void init()
+    {
+        programs = std::make_unique<FakePrograms>();
+        programs->install("bin/firefox");
+        popups = std::make_unique<PopupCloser>();
+        integrator = std::make_unique<Integrator>(App::instance(), nullptr);
+        page = std::make_unique<QWidget>();
+        layout = new QVBoxLayout(page.get());
+    }
+    void cleanup()
+    {
+        page.reset();
+        integrator.reset();
+        popups.reset();
+        programs.reset();
+        QDir(QDir::homePath()).removeRecursively();
+        QDir().mkpath(QDir::homePath());
+    }
+
+    void twoRowsAreListed()
+    {
+        LogCatcher log;
+        QCOMPARE(integrator->findApps(), 2);
+        QVERIFY(log.has("applications that can be integrated:  Firefox, Chrome, Chromium, Edge"));
+    }
+
+    void withoutFirefoxTheFamilyAloneIsListed()
+    {
+        programs.reset();
+        programs = std::make_unique<FakePrograms>();
+        programs->install("bin/thunderbird");
+        const ProfileFolder mail(Os().profilesRoot("Thunderbird") + "a.default", "128.0");
+        QCOMPARE(integrator->findApps(), 1);
+        QCOMPARE(createChecks(), 1);
+        QCOMPARE(page->findChildren<QCheckBox *>().size(), 1);
+        QVERIFY(check(family));
+    }
+
+    void boxesNameTheirApplications()
+    {
+        LogCatcher log;
+        QCOMPARE(createChecks(), 2);
+        QCOMPARE(layout->count(), 2);
+        QCOMPARE(check("Firefox")->text(), QString("Przeglądarce Firefox"));
+        QCOMPARE(check(family)->text(), QString("Przeglądarkach: Chrome, Chromium, Edge"));
+        QVERIFY(log.has("pkcs-i386: " + App::instance()->pkcsLibPath("i386")));
+        QVERIFY(log.has("pkcs-x86_64: " + App::instance()->pkcsLibPath("x86_64")));
+        QVERIFY(log.has("create checks fin"));
+    }
+
+    void boxesFollowTheWidgetAheadInTheirOrder()
+    {
+        QWidget window;
+        auto *column = new QVBoxLayout(&window);
+        auto *ahead = new QPushButton("a");
+        auto *behind = new QPushButton("b");
+        auto *checks = new QVBoxLayout;
+        column->addWidget(ahead);
+        column->addLayout(checks);
+        column->addWidget(behind);
+
+        integrator->checksCreate(checks, ahead);
+
+        QCOMPARE(ahead->nextInFocusChain()->objectName(), QString("Firefox"));
+        QCOMPARE(ahead->nextInFocusChain()->nextInFocusChain()->objectName(), QString(family));
+        QCOMPARE(ahead->nextInFocusChain()->nextInFocusChain()->nextInFocusChain(), behind);
+    }
+
+    void withoutAnApplicationALabelSaysSo()
+    {
+        QWidget window;
+        auto *column = new QVBoxLayout(&window);
+        auto *ahead = new QPushButton("a");
+        auto *behind = new QPushButton("b");
+        auto *checks = new QVBoxLayout;
+        column->addWidget(ahead);
+        column->addLayout(checks);
+        column->addWidget(behind);
+
+        addApplicationChecks(
+            checks, {}, [](const QString &) { return true; }, ahead);
+
+        QCOMPARE(checks->count(), 1);
+        const auto *label = qobject_cast<QLabel *>(checks->itemAt(0)->widget());
+        QVERIFY(label);
+        QCOMPARE(label->text(), QString("Brak zainstalowanych przeglądarek wymagających integracji"));
+        QVERIFY(label->wordWrap());
+        QCOMPARE(label->property("class").toString(), QString("no_apps_to_integrity"));
+        QCOMPARE(label->focusPolicy(), Qt::StrongFocus);
+        QCOMPARE(ahead->nextInFocusChain(), label);
+
+        integrator->checksSubmit(checks);
+        QCOMPARE(integrator->resultText(), QString());
+        Integrator::checksClear(checks);
+        addApplicationChecks(
+            checks, {}, [](const QString &) { return true; }, nullptr);
+        QCOMPARE(checks->count(), 1);
+    }
+
+    void clearedLayoutLosesEverythingInIt()
+    {
+        const QPointer<QWidget> label = new QLabel("a");
+        const QPointer<QWidget> inner = new QLabel("b");
+        const QPointer<QLayout> sub = new QHBoxLayout;
+        sub->addWidget(inner);
+        layout->addWidget(label);
+        layout->addItem(sub);
+        layout->addStretch();
+
+        Integrator::checksClear(layout);
+
+        QCOMPARE(layout->count(), 0);
+        QVERIFY(!label && !inner && !sub);
+        Integrator::checksClear(layout);
+    }
+
+    void itemsOfAnotherKindAreSkipped()
+    {
+        createChecks();
+        layout->insertWidget(0, new QLabel("a"));
+        layout->addStretch();
+        integrator->checksSubmit(layout);
+        QCOMPARE(integrator->resultText().count("<span>"), 2);
+    }
+
+    void firefoxThatWasNeverStartedAsksForAStart()
+    {
+        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0), "<span>" + noProfile("Firefox") + "</span>");
+        createChecks();
+        QVERIFY(!check("Firefox")->isChecked());
+        QVERIFY(!QFile::exists(Os().profilesRoot("Firefox")));
+        // Nothing to disconnect is no error.
+        QCOMPARE(integrator->disintegrate("Firefox"), QString(noChangeDisconnecting));
+    }
+
+    void folderWithTheOldDatabaseAloneIsDropped()
+    {
+        const ProfileFolder old = profile("old.default", "3.0");
+        QFile::remove(old.path("pkcs11.txt"));
+        old.put("secmod.db", "");
+        QCOMPARE(Os().profileDirs("Firefox").size(), 1);
+        QCOMPARE(integrator->findProfiles("Firefox"), 0);
+        QVERIFY(!integrator->profileExist("Firefox"));
+    }
+
+    void profilesAreCountedOverAllApplicationsAndLogged()
+    {
+        const ProfileFolder a = profile("a.default", "128.0");
+        const ProfileFolder mail(Os().profilesRoot("Thunderbird") + "m.default", "115.0");
+        LogCatcher log;
+        QCOMPARE(integrator->findProfiles("Firefox"), 1);
+        QVERIFY2(log.has("profile a.default is sql , app:  Firefox 128"), qPrintable(log.text()));
+        QVERIFY(integrator->profileExist("Firefox"));
+        QVERIFY(!integrator->profileExist("Thunderbird"));
+        QVERIFY(!integrator->profileExist("firefox"));
+        QCOMPARE(integrator->findProfiles("Thunderbird"), 2);
+        QCOMPARE(integrator->findProfiles("Firefox"), 2);
+        QVERIFY(QDir(a.path()).removeRecursively());
+        QCOMPARE(integrator->findProfiles("Firefox"), 2);
+    }
+
+    void connectedProfileTicksTheBox()
+    {
+        const ProfileFolder files = profile("a.default", "128.0");
+        createChecks();
+        QVERIFY(!check("Firefox")->isChecked());
+        files.put("user.js", on);
+        createChecks();
+        QVERIFY(check("Firefox")->isChecked());
+        QVERIFY(!check(family)->isChecked());
+    }
+
+    void oneOfTwoProfilesLeavesTheBoxEmptyAndTheButtonConnectsTheRest()
+    {
+        const ProfileFolder first = profile("a.default", "128.0");
+        const ProfileFolder second = profile("b.default", "128.0");
+        first.put("user.js", on);
+        createChecks();
+        QVERIFY(!check("Firefox")->isChecked());
+
+        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0), "<span>" + connected("Firefox") + "</span>");
+        QCOMPARE(second.content("user.js"), QByteArray(on));
+
+        // Both are connected now, and the box stays as it is.
+        createChecks();
+        QVERIFY(check("Firefox")->isChecked());
+        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0),
+                 QString("<span>") + noChangeConnecting + "</span>");
+
+        QCOMPARE(submit("Firefox", false).section("<br/><br/>", 0, 0), "<span>" + disconnected("Firefox") + "</span>");
+        QCOMPARE(first.content("user.js"), QByteArray(off));
+        QCOMPARE(second.content("user.js"), QByteArray(off));
+    }
+
+    void emptyBoxOfWhatWasNeverConnectedChangesNothing()
+    {
+        const ProfileFolder files = profile("a.default", "128.0");
+        QCOMPARE(submit("Firefox", false).section("<br/><br/>", 0, 0),
+                 QString("<span>") + noChangeDisconnecting + "</span>");
+        QVERIFY(!files.has("user.js"));
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n"));
+    }
+
+    void bothReportsAppearInTheOrderOfTheBoxes()
+    {
+        const ProfileFolder files = profile("a.default", "128.0");
+        LogCatcher log;
+        createChecks();
+        check("Firefox")->setChecked(true);
+        check(family)->setChecked(true);
+        integrator->checksSubmit(layout);
+        QCOMPARE(integrator->resultText(),
+                 "<span>" + connected("Firefox") + "</span><br/><br/><span>" + connected(family) + "</span><br/><br/>");
+        QVERIFY(log.has("submit checks"));
+        QVERIFY(log.has("integrate:  Firefox"));
+        QVERIFY(log.has("Integration Chrome "));
+
+        check("Firefox")->setChecked(false);
+        check(family)->setChecked(false);
+        integrator->checksSubmit(layout);
+        QCOMPARE(integrator->resultText(),
+                 "<span>" + disconnected("Firefox") + "</span><br/><br/><span>" + disconnected(family)
+                     + "</span><br/><br/>");
+        QVERIFY(log.has("disintegrate:  Firefox"));
+    }
+
+    void oldFirefoxGetsTheWholeEntry()
+    {
+        const ProfileFolder files = profile("a.default", "76.0");
+        QCOMPARE(integrator->findApps(), 2);
+        submit("Firefox", true);
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n") + entry(module()));
+        QVERIFY(!files.has("user.js"));
+        createChecks();
+        QVERIFY(check("Firefox")->isChecked());
+
+        submit("Firefox", false);
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
+    }
+
+    // The entry of a former version goes in every case, and only the preference counts as a change.
+    void oldEntryOfANewFirefoxIsTakenOutSilently()
+    {
+        const ProfileFolder files = profile("a.default", "115.0");
+        files.put("pkcs11.txt", ProfileFolder::otherModules("\r\n") + entry("/old/velmor-pkcs11-64.so"));
+        files.put("user.js", on);
+        createChecks();
+        QVERIFY(check("Firefox")->isChecked());
+
+        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0),
+                 QString("<span>") + noChangeConnecting + "</span>");
+
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
+        QCOMPARE(files.content("user.js"), QByteArray(on));
+    }
+
+    void entryOfAnOldFirefoxInAnotherFolderStaysBesideTheNewOne()
+    {
+        const ProfileFolder files = profile("a.default", "70.0");
+        const QByteArray before = ProfileFolder::otherModules("\r\n") + entry("/old/velmor-pkcs11-64.so");
+        files.put("pkcs11.txt", before);
+        submit("Firefox", true);
+        QCOMPARE(files.content("pkcs11.txt"), before + entry(module()));
+        submit("Firefox", false);
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
+    }
+
+    void sharedDatabaseIsMadeWithTheEntry()
+    {
+        createChecks();
+        QCOMPARE(integrator->integrate(family), connected(family));
+        const ProfileFolder files = sharedDatabase();
+        QCOMPARE(files.content("pkcs11.txt"), entry(module()));
+        QVERIFY(files.has("key4.db") && files.has("cert9.db"));
+        QVERIFY(integrator->isIntegrated(family));
+        QCOMPARE(integrator->integrate(family), QString(noChangeConnecting).replace("Firefox", family));
+        QCOMPARE(integrator->disintegrate(family), disconnected(family));
+        QCOMPARE(files.content("pkcs11.txt"), QByteArray());
+    }
+
+    // Its profile is made by connecting alone, so a new run knows nothing of it.
+    void boxOfTheFamilyIsEmptyInANewRun()
+    {
+        submit(family, true);
+        createChecks();
+        QVERIFY(check(family)->isChecked());
+        integrator = std::make_unique<Integrator>(App::instance(), nullptr);
+        createChecks();
+        QVERIFY(!check(family)->isChecked());
+        QCOMPARE(integrator->disintegrate(family), QString(noChangeDisconnecting).replace("Firefox", family));
+        QCOMPARE(sharedDatabase().content("pkcs11.txt"), entry(module()));
+    }
+
+    void databaseThatCannotBeMadeIsTold()
+    {
+        createChecks();
+        QFile pki(QDir::homePath() + "/.pki");
+        QVERIFY(pki.open(QIODevice::WriteOnly));
+        QCOMPARE(integrator->integrate(family), QString(noChangeConnecting).replace("Firefox", family));
+        QCOMPARE(popups->messages, QStringList { "Nie można zapisać pliku: " + pki.fileName() + "/nssdb/pkcs11.txt" });
+    }
+
+    void profileThatCannotBeWrittenIsToldAndTheNextIsConnected()
+    {
+        const ProfileFolder bad = profile("a.default", "70.0");
+        const ProfileFolder good = profile("b.default", "70.0");
+        createChecks();
+        check("Firefox")->setChecked(true);
+        QFile::remove(bad.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(bad.path("pkcs11.txt")));
+
+        integrator->checksSubmit(layout);
+
+        QCOMPARE(popups->messages, QStringList { "Nie można zapisać pliku: " + bad.path("pkcs11.txt") });
+        QCOMPARE(good.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n") + entry(module()));
+        QVERIFY(integrator->resultText().startsWith("<span>" + connected("Firefox")));
+    }
+
+    void profileThatVanishesChangesNothing()
+    {
+        const ProfileFolder files = profile("a.default", "128.0");
+        createChecks();
+        check("Firefox")->setChecked(true);
+        QVERIFY(QDir(files.path()).removeRecursively());
+        integrator->checksSubmit(layout);
+        QVERIFY(integrator->resultText().startsWith(QString("<span>") + noChangeConnecting));
+        QVERIFY(popups->messages.isEmpty());
+        QVERIFY(!QFile::exists(files.path()));
+    }
+};
+
+VELMOR_TEST_MAIN(TestIntegrator)
+#include "tst_integrator.moc"

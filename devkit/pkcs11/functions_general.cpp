@@ -8,19 +8,53 @@ namespace {
 
 // Functions of the standard that no card of this kind offers. They are in the list, as the standard demands, and are
 // traced and may go wrong by a fault like the others.
-#define FOR_UNSUPPORTED(X)                                                                                             \
-    X(C_InitToken)                                                                                                     \
-    X(C_GetOperationState)                                                                                             \
-    X(C_SetOperationState)                                                                                             \
-    X(C_CreateObject)                                                                                                  \
-    X(C_CopyObject) X(C_DestroyObject) X(C_SetAttributeValue) X(C_EncryptInit) X(C_Encrypt) X(C_EncryptUpdate)         \
-        X(C_EncryptFinal) X(C_DecryptInit) X(C_Decrypt) X(C_DecryptUpdate) X(C_DecryptFinal) X(C_DigestInit)           \
-            X(C_Digest) X(C_DigestUpdate) X(C_DigestKey) X(C_DigestFinal) X(C_SignInit) X(C_Sign) X(C_SignUpdate)      \
-                X(C_SignFinal) X(C_SignRecoverInit) X(C_SignRecover) X(C_VerifyInit) X(C_Verify) X(C_VerifyUpdate)     \
-                    X(C_VerifyFinal) X(C_VerifyRecoverInit) X(C_VerifyRecover) X(C_DigestEncryptUpdate)                \
-                        X(C_DecryptDigestUpdate) X(C_SignEncryptUpdate) X(C_DecryptVerifyUpdate) X(C_GenerateKey)      \
-                            X(C_GenerateKeyPair) X(C_WrapKey) X(C_UnwrapKey) X(C_DeriveKey) X(C_SeedRandom)            \
-                                X(C_GenerateRandom) X(C_WaitForSlotEvent)
+// clang-format off
+#define FOR_UNSUPPORTED(X) \
+    X(C_InitToken) \
+    X(C_GetOperationState) \
+    X(C_SetOperationState) \
+    X(C_CreateObject) \
+    X(C_CopyObject) \
+    X(C_DestroyObject) \
+    X(C_SetAttributeValue) \
+    X(C_EncryptInit) \
+    X(C_Encrypt) \
+    X(C_EncryptUpdate) \
+    X(C_EncryptFinal) \
+    X(C_DecryptInit) \
+    X(C_Decrypt) \
+    X(C_DecryptUpdate) \
+    X(C_DecryptFinal) \
+    X(C_DigestInit) \
+    X(C_Digest) \
+    X(C_DigestUpdate) \
+    X(C_DigestKey) \
+    X(C_DigestFinal) \
+    X(C_SignInit) \
+    X(C_Sign) \
+    X(C_SignUpdate) \
+    X(C_SignFinal) \
+    X(C_SignRecoverInit) \
+    X(C_SignRecover) \
+    X(C_VerifyInit) \
+    X(C_Verify) \
+    X(C_VerifyUpdate) \
+    X(C_VerifyFinal) \
+    X(C_VerifyRecoverInit) \
+    X(C_VerifyRecover) \
+    X(C_DigestEncryptUpdate) \
+    X(C_DecryptDigestUpdate) \
+    X(C_SignEncryptUpdate) \
+    X(C_DecryptVerifyUpdate) \
+    X(C_GenerateKey) \
+    X(C_GenerateKeyPair) \
+    X(C_WrapKey) \
+    X(C_UnwrapKey) \
+    X(C_DeriveKey) \
+    X(C_SeedRandom) \
+    X(C_GenerateRandom) \
+    X(C_WaitForSlotEvent)
+// clang-format on
 
 #define NAME_TEXT(name) constexpr char name##Text[] = #name;
 FOR_UNSUPPORTED(NAME_TEXT)

@@ -15,6 +15,12 @@ std::string defaultWorldFolder();
 // Folder of the file (program or library) that this code is linked into.
 std::string moduleFolder();
 
+// Where the family's programs lie in an installation in whose devkit folder this program lies.
+std::string familyProgramsFolder();
+
+// Runs a program of this path, without its ending, to its end; -1 if it cannot be started.
+int runProgram(const std::string &path, const std::vector<std::string> &arguments);
+
 // The words of the command line after the program's name, and a console that shows UTF-8.
 std::vector<std::string> programArguments(int argc, char *argv[]);
 

@@ -10,7 +10,9 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
+#include <spawn.h>
 #include <sys/file.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace sim::platform {
@@ -73,6 +75,29 @@ std::string moduleFolder()
     const ssize_t length = readlink(path.c_str(), target, sizeof target);
     const std::string program(target, length > 0 ? static_cast<std::size_t>(length) : 0);
     return program.substr(0, program.find_last_of('/') == std::string::npos ? 0 : program.find_last_of('/'));
+}
+
+std::string familyProgramsFolder()
+{
+    const std::string folder = moduleFolder();
+    return folder.substr(0, folder.find_last_of('/'));
+}
+
+int runProgram(const std::string &path, const std::vector<std::string> &arguments)
+{
+    std::vector<std::string> words { path };
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char *> argv;
+    argv.reserve(words.size() + 1);
+    for (std::string &word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    pid_t process = -1;
+    if (posix_spawn(&process, path.c_str(), nullptr, nullptr, argv.data(), environ) != 0)
+        return -1;
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) { }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::vector<std::string> programArguments(int argc, char *argv[])

@@ -38,6 +38,20 @@ std::string slashes(std::string path)
     return path;
 }
 
+// As the receiving program takes its command line apart: backslashes count only before a quote.
+std::wstring quotedWord(const std::wstring &word)
+{
+    std::wstring quoted = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t c : word) {
+        if (c == L'"')
+            quoted.append(backslashes + 1, L'\\');
+        backslashes = c == L'\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    return quoted.append(backslashes, L'\\') + L'"';
+}
+
 class File {
 public:
     File(const std::string &path, DWORD access, DWORD creation) :
@@ -106,6 +120,30 @@ std::string moduleFolder()
     return end == std::string::npos ? std::string() : file.substr(0, end);
 }
 
+std::string familyProgramsFolder()
+{
+    return moduleFolder() + "/../64";
+}
+
+int runProgram(const std::string &path, const std::vector<std::string> &arguments)
+{
+    std::wstring line = quotedWord(wide(path));
+    for (const std::string &argument : arguments)
+        line += L' ' + quotedWord(wide(argument));
+    STARTUPINFOW start {};
+    start.cb = sizeof start;
+    PROCESS_INFORMATION process {};
+    if (!CreateProcessW(wide(path + ".exe").c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                        &process))
+        return -1;
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return static_cast<int>(code);
+}
+
 std::vector<std::string> programArguments(int, char **)
 {
     // argv itself is in the system's code page.
@@ -167,7 +205,9 @@ bool replaceFile(const std::string &path, const std::string &bytes)
             return true;
         Sleep(5);
     }
-    return false;
+    // A thread that was ended from outside while it read holds the old file for as long as its process lives.
+    DeleteFileW(wide(fresh).c_str());
+    return File(path, GENERIC_WRITE, CREATE_ALWAYS).write(bytes);
 }
 
 bool appendFile(const std::string &path, const std::string &bytes)

@@ -5,6 +5,7 @@
 
 #include "simworld/card_file.h"
 #include "simworld/cryptoki_names.h"
+#include "simworld/world_store.h"
 
 namespace sim {
 
@@ -105,6 +106,10 @@ bool WorldOps::reset()
     fresh.clearEvents = true;
     fresh.release = true;
     world = fresh;
+    // A thread that was ended from outside may have left the note of its call behind.
+    std::error_code ignored;
+    for (const auto &left : fs::directory_iterator(fs::u8path(WorldStore(folder).waitingFolder()), ignored))
+        fs::remove(left.path(), ignored);
     note("reset", {});
     return true;
 }

@@ -17,9 +17,9 @@ using Name = std::unique_ptr<X509_NAME, NameFree>;
 
 bool addEntry(X509_NAME *name, const char *field, const std::string &value)
 {
-    // An empty value leaves the entry out.
+    // An empty value leaves the entry out. With a type of its own, the entry may be longer than the standard allows.
     return value.empty()
-        || X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8,
+        || X509_NAME_add_entry_by_txt(name, field, V_ASN1_UTF8STRING,
                                       reinterpret_cast<const unsigned char *>(value.c_str()), -1, -1, 0);
 }
 

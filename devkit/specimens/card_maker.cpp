@@ -65,9 +65,12 @@ sim::Object CardMaker::dataObject(const std::string &label, const std::string &v
 
 void CardMaker::addCertificate(sim::Card &card, const char *container, const Person &person, int authority)
 {
+    addCertificate(card, container, person, std::string(container) == sim::Qualified ? qualified[authority] : state);
+}
+
+void CardMaker::addCertificate(sim::Card &card, const char *container, const Person &person, const Authority &issuer)
+{
     const Kind &kind = kindOf(container);
-    const bool isQualified = std::string(container) == sim::Qualified;
-    const Authority &issuer = isQualified ? qualified[authority] : state;
     std::vector<sim::Object> &objects = card.objects[container];
     const std::string number = std::to_string(objects.size() / 2 + 1);
     sim::Object certificate;
@@ -80,7 +83,7 @@ void CardMaker::addCertificate(sim::Card &card, const char *container, const Per
     key.objectClass = 3;
     key.file.clear();
     key.value.clear();
-    key.isPrivate = isQualified; // the others can be seen without a PIN, as on many cards
+    key.isPrivate = std::string(container) == sim::Qualified; // the others can be seen without a PIN, as on many cards
     objects.push_back(certificate);
     objects.push_back(key);
 }

@@ -19,6 +19,7 @@ public:
 
     // A certificate and its private key. `authority` 0 to 2 for qualified ones of different issuers.
     void addCertificate(sim::Card &card, const char *container, const Person &person, int authority = 0);
+    void addCertificate(sim::Card &card, const char *container, const Person &person, const Authority &issuer);
     static sim::Object dataObject(const std::string &label, const std::string &value);
 
 private:

@@ -112,6 +112,38 @@ void oddObjects(Card &card, CardMaker &)
     card.objects[sim::Qualified].insert(card.objects[sim::Qualified].begin(), noValue);
 }
 
+// Changes the value of the last certificate of a container, whose signature then does not hold.
+void damageLast(Card &card, const char *container, const std::string &from, const std::string &to)
+{
+    std::string &value = (card.objects[container].end() - 2)->value;
+    const std::size_t at = value.find(from);
+    if (at != std::string::npos)
+        value.replace(at, from.size(), to);
+}
+
+void cutLast(Card &card, const char *container)
+{
+    std::string &value = (card.objects[container].end() - 2)->value;
+    value.resize(value.size() / 2);
+}
+
+// Issuers without a name and with one of 10,000 bytes, a last day that is the last of all years and one that is no
+// date, and certificates that are cut off.
+void oddCertificates(Card &card, CardMaker &maker)
+{
+    cutLast(card, sim::Authentication);
+    Person holder = person("zygmunt");
+    maker.addCertificate(card, sim::Qualified, holder, Authority({ "", "Kwarc i Synowie", "Usługi Zaufania" }));
+    maker.addCertificate(card, sim::Qualified, holder,
+                         Authority({ "Centrum", "Urząd", std::string(10000, 'W').replace(5000, 1, " ") }));
+    holder.expiryDate = "99991231";
+    maker.addCertificate(card, sim::Qualified, holder);
+    maker.addCertificate(card, sim::Qualified, holder, 1);
+    damageLast(card, sim::Qualified, "99991231235959Z", "9999XX31235959Z");
+    maker.addCertificate(card, sim::Qualified, holder, 2);
+    cutLast(card, sim::Qualified);
+}
+
 void withoutQualified(Card &card)
 {
     card.objects.erase(sim::Qualified);
@@ -202,6 +234,7 @@ const struct Variant {
     { "three-qualified", "jan", "VELMOR_2_2", threeQualified },
     { "two-authentication", "halina", "VELMOR_2_2", twoAuthentication },
     { "odd-objects", "bartlomiej", "VELMOR_2_2", oddObjects },
+    { "odd-certificates", "zygmunt", "VELMOR_2_2", oddCertificates },
     { "first-pin", "ewa", "VELMOR_2_2", firstPin },
     { "not-initialized", "zygmunt", "VELMOR_2_2", notInitialized },
     { "locked-authentication", "anna", "VELMOR_2_2", lockedAuthentication },

@@ -47,6 +47,8 @@ std::string help()
            "  cards\n      all cards that can be inserted\n"
            "  trace [FUNCTION]\n      calls of the library so far\n"
            "  events\n      changes of readers and cards so far\n"
+           "  send [--from NAME] TO KEY VALUE [KEY VALUE ...]\n      a message to velmor_manager, velmor_monitor or "
+           "velmor_can\n"
            "  scenario FILE\n      the commands in the file, one a line, all of them or none\n"
            "  help [fault]\n      this\n"
         + sim::commandHelp();
@@ -90,6 +92,14 @@ int runScenarioFile(sim::SimWorld &world, const Words &words)
     if (!sim::platform::readFile(words[0], text))
         return complain(refused, "cannot read " + words[0]);
     return world.applyScenario(text) ? int(done) : complain(refused, words[0] + ", " + world.error());
+}
+
+// Messages need the toolkit's shared memory, which this program does without.
+int runSend(const Words &words)
+{
+    const std::string programs = sim::platform::familyProgramsFolder();
+    const int code = sim::platform::runProgram(programs + "/velmor_send", words);
+    return code >= 0 ? code : complain(refused, "there is no velmor_send in " + programs);
 }
 
 // Words that show something. A name may also be a command that changes the world, with other arguments.
@@ -151,6 +161,8 @@ int main(int argc, char *argv[])
     sim::SimWorld world(folder);
     if (const Query *query = findQuery(words))
         return query->run(world, Words(words.begin() + 1, words.end()));
+    if (words[0] == "send")
+        return runSend(Words(words.begin() + 1, words.end()));
     if (words[0] == "scenario")
         return complain(notUnderstood, "it is: scenario FILE");
     return runChange(folder, words);

@@ -407,7 +407,7 @@ void TstSimWorld::changesFromManyThreadsAllArrive()
 void TstSimWorld::worldFolderFollowsTheEnvironment()
 {
     const QByteArray configured = qgetenv("VELMOR_SIM_WORLD");
-    QCOMPARE(QDir::fromNativeSeparators(configured), QString::fromStdString(world.directory()));
+    QCOMPARE(QDir::fromNativeSeparators(QString::fromLocal8Bit(configured)), QString::fromStdString(world.directory()));
 
     qunsetenv("VELMOR_SIM_WORLD");
 #ifdef Q_OS_WIN

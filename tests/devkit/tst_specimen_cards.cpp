@@ -27,6 +27,7 @@ private slots:
     void certificatesNameTheirHolder();
     void serialNumbersAreUsedOnce();
     void qualifiedCertificatesHaveDifferentIssuers();
+    void oddCertificatesAreOdd();
     void missingPartsAreMissing();
     void pinsAreAsPromised();
     void readmeNamesEveryCard();
@@ -95,6 +96,7 @@ static const char *const promised[] = { "anna",
                                         "three-qualified",
                                         "two-authentication",
                                         "odd-objects",
+                                        "odd-certificates",
                                         "first-pin",
                                         "not-initialized",
                                         "locked-authentication",
@@ -300,7 +302,10 @@ void TstSpecimenCards::serialNumbersAreUsedOnce()
             for (const QByteArray &der : certificates(*world.card(name), container)) {
                 if (der.isEmpty())
                     continue; // the empty one of "odd-objects"
-                serials << QSslCertificate(der, QSsl::Der).serialNumber();
+                const QSslCertificate certificate(der, QSsl::Der);
+                if (certificate.isNull() && QByteArray(name) == "odd-certificates")
+                    continue; // those cut off
+                serials << certificate.serialNumber();
                 ++count;
             }
         }
@@ -323,6 +328,23 @@ void TstSpecimenCards::qualifiedCertificatesHaveDifferentIssuers()
     QCOMPARE(ders.size(), 3);
     QCOMPARE(issuers.size(), 3);
     QCOMPARE(withUnit, 1);
+}
+
+void TstSpecimenCards::oddCertificatesAreOdd()
+{
+    const auto ders = certificates(*world.card("odd-certificates"), sim::Qualified);
+    QCOMPARE(ders.size(), 6);
+    QList<QSslCertificate> read;
+    for (const QByteArray &der : ders)
+        read << QSslCertificate(der, QSsl::Der);
+
+    QVERIFY(QSslCertificate(certificates(*world.card("odd-certificates"), sim::Authentication).value(0), QSsl::Der)
+                .isNull());
+    QVERIFY(read[1].issuerInfo("CN").isEmpty() && !read[1].isNull());
+    QCOMPARE(read[2].issuerInfo("OU").value(0).size(), 10000);
+    QCOMPARE(read[3].expiryDate().toUTC().date(), QDate(9999, 12, 31));
+    QVERIFY(!read[4].isNull() && !read[4].expiryDate().isValid());
+    QVERIFY(read[5].isNull());
 }
 
 void TstSpecimenCards::missingPartsAreMissing()

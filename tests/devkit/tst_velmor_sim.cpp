@@ -32,7 +32,7 @@ private:
         process.start(SimFixture::velmorSim(), words);
         if (!process.waitForFinished(20000))
             return -1;
-        output = QString::fromUtf8(process.readAllStandardOutput());
+        output = QString::fromUtf8(process.readAllStandardOutput()).remove('\r');
         errors = QString::fromUtf8(process.readAllStandardError());
         return process.exitCode();
     }

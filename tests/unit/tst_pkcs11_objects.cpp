@@ -16,14 +16,6 @@ QStringList readingOf(int object, bool withValue)
     return calls;
 }
 
-QStringList labels(const QList<pkcsDataObj> &objects)
-{
-    QStringList names;
-    for (const pkcsDataObj &object : objects)
-        names << object.name;
-    return names;
-}
-
 } // namespace
 
 class TestPkcs11Objects : public QObject, private Pkcs11World {

@@ -6,14 +6,6 @@ namespace {
 constexpr CK_OBJECT_CLASS data = CKO_DATA;
 constexpr CK_OBJECT_CLASS certificate = CKO_CERTIFICATE;
 
-QStringList labels(const QList<pkcsDataObj> &objects)
-{
-    QStringList names;
-    for (const pkcsDataObj &object : objects)
-        names << object.name;
-    return names;
-}
-
 } // namespace
 
 class TestPkcs11Search : public QObject, private Pkcs11World {

@@ -62,3 +62,11 @@ std::vector<ScriptedObject> &Pkcs11World::objects(const char *conteiner)
     }
     qFatal("no container %s", conteiner);
 }
+
+QStringList Pkcs11World::labels(const QList<pkcsDataObj> &found)
+{
+    QStringList names;
+    for (const pkcsDataObj &object : found)
+        names << object.name;
+    return names;
+}

@@ -28,6 +28,7 @@ protected:
                              const QByteArray &label = "velmor Qualified");
     // Objects of one container of the card in "Reader A".
     std::vector<ScriptedObject> &objects(const char *conteiner);
+    static QStringList labels(const QList<pkcsDataObj> &found);
 
     const QString reader = "Reader A";
     std::unique_ptr<ScriptedCard> card;

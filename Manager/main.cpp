@@ -4,6 +4,7 @@
 #include "base/common.h"
 #include "base/platform.h"
 #include "gui/gui_base.h"
+#include "ipc/ipc.h"
 #include "reader_list.h"
 #include "shared.h"
 
@@ -72,6 +73,15 @@ void openStartPage(Window &window, const QString &page)
         window.moveToHelpPage();
 }
 
+// Of this start's options nothing reaches the other, which only comes to the front.
+void raiseRunningInstance(const App &app)
+{
+    Ipc ipc;
+    // The bare id, since no inbox stands behind it.
+    ipc.setName(app.id());
+    ipc.msgToManager(IpcMsg { { "windowFocus", 1 } });
+}
+
 int runWindow(const QCommandLineParser &parser)
 {
     Window window;
@@ -125,7 +135,9 @@ int main(int argc, char *argv[])
     Shared::loadResources();
     app->initQApp();
     // The lock is the only check of a running instance.
-    if (!app->lock())
+    if (!app->lock()) {
+        raiseRunningInstance(*app);
         return 1;
+    }
     return runWindow(parser);
 }

@@ -7,42 +7,37 @@
 #include "app/app_lock.h"
 #include "base/common.h"
 #include "base/settings.h"
+#include "browser/integrator.h"
 #include "card/pkcs11.h"
+#include "card_table_access.h"
 #include "document_links.h"
 #include "gui/anim_widget.h"
-#include "gui/box_shadow.h"
 #include "gui/gui_base.h"
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
+#include "gui/link_focus.h"
 #include "home_cards.h"
+#include "ipc/ipc.h"
+#include "pin_fields.h"
+#include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
 #include "text_width.h"
 #include "thproxy.h"
+#include "tile_shadow.h"
 #include "ui_window.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDebug>
 #include <QIcon>
 #include <QSslSocket>
+
+#include <future>
 
 namespace {
 
 constexpr int framesPerSecond = 10;
 constexpr QRect titleAlone(35, 25, 422, 31);
 constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
-
-constexpr int cornerRadius = 12;
-
-// The grey is that of the light theme; on a dark page it would glow.
-void addShadow(QWidget *widget, int blur, int offset, bool enabled)
-{
-    auto *shadow = new BoxShadow(widget, cornerRadius);
-    shadow->setColor(QColor(186, 187, 188));
-    shadow->setBlurRadius(blur);
-    shadow->setOffset(offset, offset);
-    shadow->setEnabled(enabled);
-    widget->setGraphicsEffect(shadow);
-}
 
 } // namespace
 
@@ -58,15 +53,22 @@ Window::Window(QWidget *parent) :
         { "Qualified", "Certyfikat kwalifikowany" }
     }
 {
+    // Looking for the TLS library takes long and is not needed until the end, so the other core does it meanwhile.
+    std::future<bool> ssl = std::async(std::launch::async, &QSslSocket::supportsSsl);
+    showCardsToScreenReaders();
     setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
     ui->setupUi(this);
     createGuiHelpers();
+    osInfo = new OsInfo;
     GuiBase::frameInit(this, ui->mainFrame, QSize(0, 0));
+    integrator = new Integrator(app, osInfo);
     applyShadows();
     hideOptionalWidgets();
+    letEnterPressButtons();
     installHover();
     setFixedTexts();
     setDocumentLinks();
+    startIpc();
     connectHeaderAndFooter();
     connectHomePage();
     connectPinPages();
@@ -78,7 +80,8 @@ Window::Window(QWidget *parent) :
     ui->cbReaders->setCurrentText("brak podłączonego czytnika");
     ui->tDiagnosticsRaport->document()->setDefaultStyleSheet("a { color:#2c9eeb; font-weight:bold; }");
     startWorker();
-    warnWithoutSsl();
+    if (!ssl.get())
+        warnWithoutSsl();
     if (isPage(ui->pageSettings))
         reloadSettingPage();
     else
@@ -92,6 +95,8 @@ Window::Window(QWidget *parent) :
 
 Window::~Window()
 {
+    // The boxes alone: browsers are changed by the user's button, never by the end of the program.
+    Integrator::checksClear(ui->layoutChecks);
     TemporaryCertificate::remove();
     closeTheards();
     // The library's own end, in the deletion of pkcs11, can get stuck as well.
@@ -102,6 +107,9 @@ Window::~Window()
     // After its thread has ended, and the card only after its worker.
     delete thProxy;
     delete pkcs11;
+    delete ipc;
+    delete integrator;
+    delete osInfo;
     delete scaler;
 }
 
@@ -128,13 +136,12 @@ void Window::applyShadows()
     constexpr int tileBlur = 20;
     constexpr int buttonBlur = 10;
     constexpr int photoBlur = 40;
-    const bool light = guiBase->theme() == "light";
     for (QWidget *tile : { ui->widgetBlurAuthen, ui->widgetBlurAuthor, ui->widgetBlurQualified, ui->presenceCert })
-        addShadow(tile, tileBlur, 1, light);
+        addTileShadow(tile, tileBlur, 1);
     for (QWidget *button :
          { ui->bChangePin, ui->bCancel, ui->bChangePinPuk, ui->bCancel_2, ui->bWrocPin, ui->bWrocPuk })
-        addShadow(button, buttonBlur, 1, light);
-    addShadow(ui->widgetLargePhoto, photoBlur, 3, light);
+        addTileShadow(button, buttonBlur, 1);
+    addTileShadow(ui->widgetLargePhoto, photoBlur, 3);
 }
 
 void Window::hideOptionalWidgets()
@@ -143,6 +150,13 @@ void Window::hideOptionalWidgets()
          std::initializer_list<QWidget *> { ui->bWroc, ui->lNewPinInfo, ui->lPinInfoPuk, ui->lNewPinInfoPuk,
                                             ui->lActualPinInfo, ui->lRepeatPinInfo, ui->bArrowICAO })
         widget->hide();
+}
+
+// Outside of dialogs only the blank would.
+void Window::letEnterPressButtons()
+{
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->setAutoDefault(true);
 }
 
 void Window::installHover()
@@ -175,6 +189,18 @@ void Window::setDocumentLinks()
     // Two blanks, which is meant.
     ui->lLicense->setText(documentLink(app->licensePath(), "Umowa  Licencyjna"));
     ui->lChangelog->setText(documentLink(app->changelogPath(), "Historia Zmian"));
+    auto *focus = new LinkFocus(this);
+    for (QLabel *link : { ui->lGuide, ui->lLicense, ui->lChangelog })
+        focus->watch(link);
+}
+
+// The segment of the instance lock is the inbox.
+void Window::startIpc()
+{
+    ipc = new Ipc;
+    ipc->useLock(*app);
+    connect(ipc, &Ipc::received, this, &Window::recvIpcMsg);
+    ipc->start();
 }
 
 void Window::connectHeaderAndFooter()
@@ -210,12 +236,24 @@ void Window::connectPinPages()
         connect(button, &QAbstractButton::clicked, this, &Window::moveToHomePage);
     connect(ui->bChangePin, &QAbstractButton::clicked, this, &Window::changePin);
     connect(ui->bChangePinPuk, &QAbstractButton::clicked, this, &Window::unblockPin);
+    for (QLineEdit *field : { ui->lineActualPin, ui->lineNewPin, ui->lineRepeatPin })
+        connect(field, &QLineEdit::textEdited, this, &Window::disableEnableChangePin);
+    for (QLineEdit *field : { ui->lineInsertPuk, ui->lineNewPinPuk, ui->lineRepeatPinPuk })
+        connect(field, &QLineEdit::textEdited, this, &Window::disableEnableUnblockPin);
+    for (QLineEdit *field : findChildren<QLineEdit *>())
+        field->setInputMethodHints(field->inputMethodHints() | Qt::ImhDigitsOnly);
+    connect(qApp, &QApplication::focusChanged, this, markFocusInRings);
 }
 
 void Window::connectSettingsAndHelp()
 {
     connect(ui->bIntegrationFinnish, &QAbstractButton::clicked, this, &Window::moveToSettingsPage);
+    connect(ui->bIntegrate, &QAbstractButton::clicked, this, &Window::integrateApps);
+    connect(ui->bCANSettings, &QAbstractButton::clicked, this, &Window::setOtherOptions);
     connect(ui->bRaport, &QAbstractButton::clicked, this, &Window::openHelpWebsite);
+    connect(ui->bDiagnosticStart, &QAbstractButton::clicked, this, &Window::getSystemInfo);
+    connect(ui->bCopyRaport, &QAbstractButton::clicked, this, &Window::copyRaport);
+    connect(ui->tDiagnosticsRaport, &QTextBrowser::anchorClicked, this, &Window::onDiagnosticsRaportAnchorClicked);
 }
 
 void Window::startWorker()
@@ -255,8 +293,6 @@ void Window::connectWorkerAnswers()
 
 void Window::warnWithoutSsl()
 {
-    if (QSslSocket::supportsSsl())
-        return;
     QString text = "SSL not supported";
     if (Common::isDev())
         text += " - Copy ssleay32.dll and libeay32.dll from SDK\\openssl-1.1.1k into " + qEnvironmentVariable("QTDIR")

@@ -2,6 +2,9 @@
 
 #include "card/card-parser.h"
 #include "card/cert_store.h"
+#include "certificate_watch.h"
+#include "personal_data.h"
+#include "pin_texts.h"
 #include "stuck_guard.h"
 
 #include <QByteArrayList>
@@ -16,13 +19,20 @@ class App;
 class GuiBase;
 class GuiScaler;
 class HoverParameter;
+class Integrator;
+class Ipc;
+class IpcMsg;
 class Pkcs11;
+class QFrame;
 class QLabel;
 class QPushButton;
+class QSslCertificate;
+class QUrl;
 class QVBoxLayout;
 class QWidget;
 class Settings;
 class ThProxy;
+struct OsInfo;
 
 namespace Ui {
 class Window;
@@ -40,15 +50,30 @@ public:
     explicit Window(QWidget *parent = nullptr);
     ~Window() override;
 
+    // Shows the certificate in the system's own window, and the loader until that has come.
+    void openCertWin(const QSslCertificate &cert);
+
+    // For the container in hand.
+    void moveToPinPage();
+    void moveToUnblockPinPage();
+    void moveToBlockedPukPage();
+
 private slots:
     void setPinButtonsEnabled(bool status);
+    void disableEnableChangePin();
+    void disableEnableUnblockPin();
     bool isReader() const;
     void setError(const QString &err);
     void updateReaderWidth();
     void openHelpWebsite();
+    void openCertWinFin();
+    void openCertWinShowLoader();
+    void copyRaport();
+    void onDiagnosticsRaportAnchorClicked(const QUrl &link);
     int showReaderWarningPopup();
 
 public slots:
+    void integrateApps2();
     void changePinFin(int res);
     void closeTheards();
     void closeWithTheards();
@@ -64,6 +89,7 @@ public slots:
     void choosePresenceCertInfo();
     void chooseQualifiedCertPIN();
     void chooseQualifiedCertInfo();
+    void unblockPinPad();
     void unblockPin();
     void moveToCertInfoPage();
     void checkAndMoveToHomePage();
@@ -72,8 +98,11 @@ public slots:
     void moveToAllDataPage();
     void moveToHelpPage();
     void selectReader();
+    void getSystemInfo();
+    void waitToUnblockPin();
     void changePin();
     void unblockPinFin(int res);
+    void recvIpcMsg(const IpcMsg &m);
     void refreshCertsStatus(const QString &authen, const QString &author, const QString &quali, int tl_authen,
                             int tl_athor, int tl_pres, int tl_qual);
     void loadedCertsCount(int auth, int author, int pres, int qual);
@@ -87,7 +116,10 @@ public slots:
     void loadedReaderSelected(bool res);
     void getReadersFromMonitor();
     void showWndw();
+    void integrateApps();
     void reloadSettingPage();
+    void setOtherOptions();
+    void integrationEnds();
     void minimizeClicked();
     void checkForUpdate();
     void updateApp();
@@ -120,9 +152,11 @@ private:
     void applyTheme();
     void applyShadows();
     void hideOptionalWidgets();
+    void letEnterPressButtons();
     void installHover();
     void setFixedTexts();
     void setDocumentLinks();
+    void startIpc();
     void connectHeaderAndFooter();
     void connectHomePage();
     void connectPinPages();
@@ -162,9 +196,58 @@ private:
     void updatePukTriesLabels();
     void showPhotoIn(QLabel *label);
 
+    // window_personal_data.cpp
+    void showPersonalData();
+    int fillPersonalRows(const QVector<PersonalData::Row> &rows, PersonalData::Block block, QFrame *&focus);
+
+    // window_certificates.cpp
+    void fillCertificates(const QString &name);
+    bool certWatchHasEnded() const;
+
+    // window_messages.cpp
+    void ipcWindowFocus(const IpcMsg &m);
+    void ipcSettings(const IpcMsg &m);
+    void ipcHelp(const IpcMsg &m);
+    void ipcReaders(const IpcMsg &m);
+    void ipcDiagnoseReaders(const IpcMsg &m);
+    void ipcCheckForUpdate(const IpcMsg &m);
+    void ipcIgnored(const IpcMsg &m);
+    bool readersNeedReload(const QString &value, const QStringList &names, const QString &err) const;
+    void askMonitorForReaders();
+
+    // window_settings.cpp
+    void forgetResult();
+    void forgetRememberedCan();
+
+    // window_help.cpp
+    void appendDiagnosis(const QString &diagnosis);
+    void openLogsFolder();
+    void createLogsFolder();
+    void clearConfigFile();
+
     // window_pin_change.cpp
-    void moveToPinPage();
+    enum PinPage { ChangePage = 2, UnblockPage = 3 };
+    void forgetPinEntries();
+    QString pinPattern() const;
+    QString pinLengthHint() const;
+    void leavePinPageForPuk();
+    void showPinPage();
+    void changePinOnPad();
+    void preparePinFields();
+    void chooseKeyboardOrPad();
     void clearPinFields();
+    bool validateTwoPins(int page, const QString &pin, const QString &repeat);
+    bool pinMayBeTriedAgain();
+    void updateTriesLabels();
+    void showResultPage(const QString &text, PinTexts::Colour colour, int titleKey);
+
+    // window_pin_unblock.cpp
+    bool pukIsBlocked() const;
+    bool pukGoesThroughPad() const;
+    bool firstPinIsOffered() const;
+    const PinTexts::PukPageWords &pukPageWords() const;
+    void setPukPageWords();
+    void describePukPage();
 
     QImage photo;
     DGParser dgParser;
@@ -172,6 +255,9 @@ private:
     App *app;
     GuiBase *guiBase;
     GuiScaler *scaler = nullptr;
+    OsInfo *osInfo = nullptr;
+    Integrator *integrator = nullptr;
+    Ipc *ipc = nullptr;
     Pkcs11 *pkcs11 = nullptr;
     ThProxy *thProxy = nullptr;
     Ui::Window *ui;
@@ -198,4 +284,6 @@ private:
     bool newReaders = false;
     bool readersRequested = false;
     int typeOfChipValue = 0;
+    CertificateWatch certWatch;
+    QWidget *certWatchPage = nullptr; // page on which it began
 };

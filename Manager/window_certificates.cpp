@@ -1,5 +1,92 @@
 #include "window.h"
 
-// The certificates of one container.
+// The certificates of one container, a card each, two beside each other. A card hands its certificate to the system's
+// own window, which is another program: all that is known of it is the number of such windows. The loader covers the
+// page until there is one more, or for half a minute at most.
 
-void Window::moveToCertInfoPage() { }
+#include "cert_widget.h"
+#include "certificate_text.h"
+#include "platform/os.h"
+#include "ui_window.h"
+
+#include <QDebug>
+#include <QSslCertificate>
+#include <QTimer>
+
+#include <chrono>
+
+namespace {
+
+constexpr std::chrono::milliseconds firstLook { 100 };
+constexpr std::chrono::milliseconds secondLook { 1000 };
+constexpr std::chrono::milliseconds pollInterval { 500 };
+
+} // namespace
+
+void Window::moveToCertInfoPage()
+{
+    ui->cbReaders->setEnabled(false);
+    ui->pager->setCurrentWidget(ui->pageCertInfo);
+    ui->bWroc->show();
+    fillCertificates(conteiner);
+    setPageTitle("Szczegóły", containerTitles.value(conteiner));
+}
+
+void Window::fillCertificates(const QString &name)
+{
+    QTableWidget *table = ui->tableCert;
+    table->clear();
+    table->setFocusPolicy(Qt::NoFocus);
+    QList<QSslCertificate> certificates;
+    for (const QByteArray &der : certStore.certs(CertStore::containerIndex(name)))
+        certificates += QSslCertificate::fromData(der, QSsl::Der);
+    const int count = certificates.size();
+    table->setColumnCount(count == 0 ? 0 : CertificateText::columns(count));
+    table->setRowCount(CertificateText::rows(count));
+    for (int i = 0; i < count; ++i) {
+        const int row = i / table->columnCount();
+        const int column = i % table->columnCount();
+        auto *card = new CertWidget(this, certificates[i], table, i == 0);
+        table->setColumnWidth(column, card->width());
+        table->setRowHeight(row, card->height());
+        table->setCellWidget(row, column, card);
+        connect(card, &CertWidget::reached, table,
+                [table, row, column] { table->scrollTo(table->model()->index(row, column)); });
+    }
+}
+
+void Window::openCertWin(const QSslCertificate &cert)
+{
+    qDebug().noquote() << "open cert win";
+    if (cert.isNull())
+        return;
+    Os os;
+    certWatch.begin(os.certWindowCount());
+    certWatchPage = ui->pager->currentWidget();
+    os.certOpen(cert.toDer());
+    QTimer::singleShot(firstLook, this, &Window::openCertWinShowLoader);
+}
+
+void Window::openCertWinShowLoader()
+{
+    if (certWatchHasEnded() || certWatch.hasCome(Os().certWindowCount()))
+        return;
+    loaderShow("Trwa otwieranie certyfikatu");
+    QTimer::singleShot(secondLook, this, &Window::openCertWinFin);
+}
+
+void Window::openCertWinFin()
+{
+    if (certWatchHasEnded())
+        return;
+    if (!certWatch.hasCome(Os().certWindowCount()) && certWatch.mayTryAgain())
+        QTimer::singleShot(pollInterval, this, &Window::openCertWinFin);
+    else
+        loaderHide();
+}
+
+// The card can go while the watch runs. Then the loader, if there is one, is that of another task.
+bool Window::certWatchHasEnded() const
+{
+    return !isPage(certWatchPage);
+}

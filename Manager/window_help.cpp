@@ -1,19 +1,119 @@
 #include "window.h"
 
-// The help page and what leads out of the program from it.
+// The help page: the way to the help website, the system report with its three action links, the documents. The report
+// is built anew at every visit and stands at once; what the Monitor knows of the readers is appended when it answers.
+// Until then, and for good without a Monitor, the report cannot be asked for again. Failures are logged and not shown.
 
+#include "app/app.h"
+#include "base/common.h"
+#include "gui/sys_info_gui.h"
+#include "ipc/ipc.h"
+#include "platform/os.h"
+#include "ui_window.h"
 #include "web_addresses.h"
 
 #include <QDebug>
 #include <QDesktopServices>
+#include <QDir>
 #include <QUrl>
+
+namespace {
+
+constexpr char reportPattern[] = "{version}{system}{logs}{config}{screens}{browsers}{readers}";
+
+// What the report becomes when its log folder has been made while it is shown. Rebuilding it would lose the diagnosis
+// of the readers; and the note is needed since logs are written from the next start on.
+QString withLogsActive(QString html, const QString &folder)
+{
+    html.replace("Zbieranie logów: nieaktywne",
+                 "Zbieranie logów: aktywne <a style='color:red;'>(Uruchom ponownie aplikację)</a>");
+    html.remove("[Aktywuj]");
+    const QString shown = folder.toHtmlEscaped();
+    return html.replace(shown, shown + " <a href='open_folder'>[Otwórz]</a>");
+}
+
+} // namespace
 
 void Window::moveToHelpPage()
 {
+    ui->bHelp->setEnabled(false);
+    ui->cbReaders->setEnabled(false);
+    ui->frameReaders->hide();
+    setPageTitle("Pomoc");
     qDebug().noquote() << "show help";
+    ui->pager->setCurrentWidget(ui->pageHelp);
+    ui->bWroc->setVisible(isReader());
+    ui->lPukBlocked_4->setFocus();
+    getSystemInfo();
+}
+
+void Window::getSystemInfo()
+{
+    ui->bDiagnosticStart->setEnabled(false);
+    const QString report = SysInfoGui().info(app->rootDir(), reportPattern);
+    // Links act here and nowhere else; of the two switches the first decides.
+    ui->tDiagnosticsRaport->setOpenLinks(false);
+    ui->tDiagnosticsRaport->setOpenExternalLinks(true);
+    ui->tDiagnosticsRaport->setText(report);
+    // What the Monitor knows of the readers comes as a message and is appended then.
+    ipc->msgToMonitor(IpcMsg { { "diagnoseReaders", 1 } });
+}
+
+void Window::appendDiagnosis(const QString &diagnosis)
+{
+    // Also if the user has left the page meanwhile.
+    ui->tDiagnosticsRaport->append("<br>" + SysInfoGui::escaped(diagnosis));
+    ui->bDiagnosticStart->setEnabled(true);
+    ui->bHelp->setEnabled(true);
+}
+
+void Window::copyRaport()
+{
+    ui->tDiagnosticsRaport->selectAll();
+    ui->tDiagnosticsRaport->copy();
 }
 
 void Window::openHelpWebsite()
 {
     QDesktopServices::openUrl(QUrl(WebAddresses::help));
+}
+
+void Window::onDiagnosticsRaportAnchorClicked(const QUrl &link)
+{
+    const struct {
+        const char *address;
+        void (Window::*action)();
+    } actions[] = {
+        { SysInfoGui::openFolder, &Window::openLogsFolder },
+        { SysInfoGui::createFolder, &Window::createLogsFolder },
+        { SysInfoGui::clearConfig, &Window::clearConfigFile },
+    };
+    for (const auto &row : actions) {
+        if (link.toString() == row.address)
+            (this->*row.action)();
+    }
+}
+
+void Window::openLogsFolder()
+{
+    qDebug().noquote() << "Opening logs folder";
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(Os().logsDir())))
+        qDebug().noquote() << "Opening logs folder failed";
+}
+
+void Window::createLogsFolder()
+{
+    qDebug().noquote() << "Creating logs directory";
+    const QString folder = Os().logsDir();
+    if (QDir().mkpath(folder))
+        ui->tDiagnosticsRaport->setText(withLogsActive(ui->tDiagnosticsRaport->toHtml(), folder));
+}
+
+void Window::clearConfigFile()
+{
+    qDebug().noquote() << "Clearing config file";
+    if (Common::clearReadersConf())
+        getSystemInfo();
+    else
+        qDebug().noquote() << "Clearing config file - failed!";
 }

@@ -224,6 +224,11 @@ void Window::refreshCertsStatus(const QString &authen, const QString &author, co
     setCardButtonText(ui->bChangePinAuthenCert, authen);
     setCardButtonText(ui->bChangePinAuthorCert, author);
     setCardButtonText(ui->bChangePinQualifiedCert, quali);
+    // In step with what is written on them; Qualified gets its name with the count of its certificates.
+    if (!authen.isEmpty())
+        ui->bChangePinAuthenCert->setAccessibleName(authen + ": certyfikat do identyfikacji i uwierzytelniania");
+    if (!author.isEmpty())
+        ui->bChangePinAuthorCert->setAccessibleName(author + ": certyfikat do podpisu osobistego");
     ui->bChangePinAuthenCert->setEnabled(HomeCards::pinButtonEnabled(ui->bChangePinAuthenCert->text()));
     ui->bChangePinAuthorCert->setEnabled(HomeCards::pinButtonEnabled(ui->bChangePinAuthorCert->text()));
     // The button of Qualified stays as it is: its first PIN is set with the PUK, from this button.

@@ -1,18 +1,218 @@
 #include "window.h"
 
-// The page on which a locked PIN gets a new value with the PUK, and a first PIN is set.
+// The page on which a locked PIN gets a new value with the PUK, and on which Qualified gets its first PIN: one page,
+// two sets of words, and the card decides what is done. It is entered through the page of the PIN change only. A
+// blocked PUK ends the road on a page of its own.
+
+#include "base/common.h"
+#include "card/card_tables.h"
+#include "field_style.h"
+#include "pin_fields.h"
+#include "pin_texts.h"
+#include "ui_window.h"
 
 #include <QDebug>
+#include <QTimer>
+
+#include <chrono>
+
+namespace {
+
+constexpr std::chrono::milliseconds padDelay { 1000 };
+constexpr int pukDigits = 8;
+
+// Chips whose PUK is typed although the reader has a pinpad: one always, one on the last try.
+constexpr int chipWithoutPukOnPad = 16;
+constexpr int chipWithoutLastPukOnPad = 4;
+
+} // namespace
+
+bool Window::pukIsBlocked() const
+{
+    // 4 tries means that the card tells none.
+    return triesLeftPUK == 0 || triesLeftPUK == 4;
+}
+
+bool Window::pukGoesThroughPad() const
+{
+    return pinPad && typeOfChipValue != chipWithoutPukOnPad
+        && !(typeOfChipValue == chipWithoutLastPukOnPad && triesLeftPUK == 1);
+}
+
+bool Window::firstPinIsOffered() const
+{
+    return conteiner == Container::Qualified && ui->bChangePinQualifiedCert->text().trimmed() == "Nadaj PIN";
+}
+
+// On the page, what counts is its title: the button on the home page may have got another word meanwhile.
+const PinTexts::PukPageWords &Window::pukPageWords() const
+{
+    const bool firstPin = ui->lMainTitle->text() == PinTexts::firstPinWords().mainTitle;
+    return firstPin ? PinTexts::firstPinWords() : PinTexts::unblockWords();
+}
+
+void Window::moveToUnblockPinPage()
+{
+    admitPin(ui->lineInsertPuk, pukPattern);
+    for (QLineEdit *field : { ui->lineNewPinPuk, ui->lineRepeatPinPuk })
+        admitPin(field, pinPattern());
+    setPukPageWords();
+    qDebug().noquote() << "Unblock or set PIN of " << conteiner << " [ moveToUnblockPinPage() ]";
+    ui->cbReaders->setEnabled(false);
+    pinStatus = containerTries.value(conteiner, 0);
+    qDebug().noquote() << "UnblockPinPage Container: " << conteiner << " status: " << pinStatus;
+    if (pinStatus != 0 && pinStatus != 4)
+        return;
+    if (pukIsBlocked()) {
+        moveToBlockedPukPage();
+        return;
+    }
+    ui->pager->setCurrentWidget(ui->pageUnblockPin);
+    const auto &words = firstPinIsOffered() ? PinTexts::firstPinWords() : PinTexts::unblockWords();
+    setPageTitle(words.mainTitle, containerTitles.value(conteiner));
+    updatePukTriesLabels();
+    if (pukGoesThroughPad()) {
+        qDebug().noquote() << "Using PINPAD for unblocking PIN [ moveToUnblockPinPage() ]";
+        ui->lPukInfoPinPad_4->setText(pinLengthHint());
+        // Nothing cancels it, whatever the window shows by then; this is meant.
+        QTimer::singleShot(padDelay, this, &Window::waitToUnblockPin);
+    } else {
+        // In this order, unlike on the page of the change.
+        disableEnableUnblockPin();
+        clearPinFields();
+    }
+    describePukPage();
+}
+
+void Window::setPukPageWords()
+{
+    const auto &words = firstPinIsOffered() ? PinTexts::firstPinWords() : PinTexts::unblockWords();
+    showFieldHint(ui->lUnblockPinDetails, words.detailsColour, words.details);
+    ui->bChangePinPuk->setText(words.button);
+    // Qualified with a PIN that is only locked keeps the words of the visit before; this is meant.
+    if (conteiner == Container::Qualified && !firstPinIsOffered())
+        return;
+    ui->lNewPin_2->setText(words.newPin);
+    ui->lRepeatPin_2->setText(words.repeatPin);
+    ui->lPukInfoPinPad_3->setText(words.padNewPin);
+    ui->lPukInfoPinPad_5->setText(words.padRepeatPin);
+}
+
+void Window::describePukPage()
+{
+    ui->lineInsertPuk->setAccessibleName("Wprowadź ośmiocyfrowy PUK");
+    ui->lineInsertPuk->setAccessibleDescription(PinTexts::triesLeft(triesLeftPUK));
+    const QString word = PinTexts::digitWord(pinDigits.value(conteiner));
+    ui->lineNewPinPuk->setAccessibleDescription("Wprowadź nowy " + word + "cyfrowy PIN.");
+    // A repetition that was wrong at the visit before is named so still.
+    ui->lineRepeatPinPuk->setAccessibleName(ui->lRepeatPin_2->text());
+    ui->lineRepeatPinPuk->setAccessibleDescription("Powtórz nowy PIN.");
+    ui->lUnblockPinDetails->setAccessibleName(Common::plainText(
+        ui->lMainTitle->text() + ' ' + ui->lSubTitle->text() + ", " + ui->lUnblockPinDetails->text().replace(".", ", ")
+        + "Masz " + QString::number(triesLeftPUK)
+        + " próby na prawidłowe wpisanie, trzykrotne wpisanie nieprawidłowego PUK-u zablokuje dowód, numer PUK "
+          "znajdziesz w dokumentach które dostałeś/aś w urzędzie podczas odbierania dowodu osobistego"));
+    ui->lUnblockPinDetails->setFocus();
+}
+
+void Window::waitToUnblockPin()
+{
+    ui->bWroc->hide();
+    ui->bSettings->setEnabled(false);
+    ui->bHelp->setEnabled(false);
+    ui->cbReaders->setEnabled(false);
+    if (pukIsBlocked()) {
+        moveToBlockedPukPage();
+        qDebug().noquote() << "PUK is blocked! tries left=" << triesLeftPUK;
+        return;
+    }
+    emit unblockPinSig(reader, conteiner, {}, {});
+}
+
+void Window::unblockPinPad()
+{
+    waitToUnblockPin();
+}
+
+void Window::disableEnableUnblockPin()
+{
+    // Three tries whatever is left; the true number stands below it.
+    showFieldHint(ui->lPukInfo, "blue",
+                  "Masz 3 próby na prawidłowe wpisanie. <b> 3-krotne wpisanie nieprawidłowego PUK-u zablokuje "
+                  "dowód.</b><br> Numer PUK znajdziesz w dokumentach, które dostałeś/aś w urzędzie podczas odbierania "
+                  "dowodu osobistego.");
+    const int digits = pinDigits.value(conteiner);
+    enableWhenComplete(ui->bChangePinPuk,
+                       {
+                           { ui->lineInsertPuk, ui->lPinInfoPuk, pukDigits, "PUK musi mieć 8 cyfr", true },
+                           // Never restyled while typing, unlike its neighbours.
+                           { ui->lineNewPinPuk, ui->lNewPinInfoPuk, digits, pinLengthHint(), false },
+                           { ui->lineRepeatPinPuk, ui->lRepeatPinInfoPuk, digits, pinLengthHint(), true },
+                       });
+}
 
 void Window::unblockPin()
 {
     if (busyFlag)
         return;
     qDebug().noquote() << "\nUnblock pin";
+    busyFlag = true;
+    const QString puk = ui->lineInsertPuk->text();
+    const QString fresh = ui->lineNewPinPuk->text();
+    if (pukIsBlocked()) {
+        moveToBlockedPukPage();
+        qDebug().noquote() << "PUK is blocked! tries left=" << triesLeftPUK;
+        busyFlag = false;
+        return;
+    }
+    if (!validateTwoPins(UnblockPage, fresh, ui->lineRepeatPinPuk->text())) {
+        qDebug().noquote() << "Wrong validation of new and repeat pins (unblock PIN)";
+        busyFlag = false;
+        return;
+    }
+    forgetEntry(ui->lineRepeatPinPuk);
+    qDebug().noquote() << "New and repeat pins meet criterias (unblock PIN) ";
+    loaderShow(pukPageWords().loader, {}, true, false);
+    emit unblockPinSig(reader, conteiner, puk, fresh);
 }
 
 void Window::unblockPinFin(int res)
 {
     loaderHide();
     qDebug().noquote() << "unblock Pin fin code: " << res;
+    const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(res);
+    if (!outcome) {
+        qDebug().noquote() << "changePinFin() not supported return from unblocking PIN";
+        busyFlag = false;
+        return;
+    }
+    qDebug().noquote() << outcome->log;
+    if (res == 0) {
+        setFieldStyle(ui->lineInsertPuk, true);
+        clearPinFields();
+    }
+    if (res == -4 || res == -1) {
+        showFieldHint(ui->lPinInfoPuk, "red", "Niepoprawny PUK. Popraw PUK.");
+        if (pukIsBlocked()) {
+            qDebug().noquote() << "PUK is blocked!";
+            moveToBlockedPukPage();
+            busyFlag = false;
+            return;
+        }
+    }
+    const PinTexts::TitleKey titleKey = pukPageWords().resultTitle;
+    showResultPage(titleKey == PinTexts::FirstPinTitle ? outcome->firstPinText : outcome->text, outcome->colour,
+                   titleKey);
+    busyFlag = false;
+}
+
+void Window::moveToBlockedPukPage()
+{
+    setPageTitle(pageTitles.value(PinTexts::UnblockTitle), containerTitles.value(conteiner));
+    ui->pager->setCurrentWidget(ui->pageBlockedPuk_2);
+    ui->lPukBlocked_2->setAccessibleName(
+        Common::plainText(ui->lMainTitle->text() + ui->lSubTitle->text()
+                          + ", twój velmor został zablokowany, dowodu nie da się odblokować, dowiedz się jak uzyskać "
+                            "nowy dowód osobisty"));
+    ui->lPukBlocked_2->setFocus();
 }

@@ -9,6 +9,8 @@
 #include "app/app_log.h"
 #include "base/common.h"
 #include "gui/popup.h"
+#include "ipc/ipc.h"
+#include "platform/temporary_certificate.h"
 #include "reader_list.h"
 #include "ui_window.h"
 
@@ -49,6 +51,7 @@ void Window::getReadersFromMonitor()
 {
     qDebug().noquote() << "reader checked ";
     readersRequested = true;
+    askMonitorForReaders();
 }
 
 void Window::loadAll()
@@ -137,8 +140,10 @@ void Window::loaderReadersErr(const QString &err, const QString &canAppStat)
     ui->bChangePinQualifiedCert->setEnabled(false);
 
     bool waitingForCan = false;
-    if (isCanProblem(err))
-        waitingForCan = Common::isAppRunning("Can", "velmor") && canAppStat != "canClosed";
+    if (isCanProblem(err) && Common::isAppRunning("Can", "velmor")) {
+        ipc->msgToCan(IpcMsg { { "closePopup", "1" }, { "windowFocus", 1 } });
+        waitingForCan = canAppStat != "canClosed";
+    }
     const ReaderProblem problem = readerProblem(err, waitingForCan);
     ui->cbReaders->clear();
     ui->cbReaders->addItem(problem.item);
@@ -196,6 +201,7 @@ void Window::disableHomePage()
 {
     qDebug().noquote() << "Disable home page";
     clearPerson();
+    forgetPinEntries();
     showPhotoIn(ui->lPhoto);
     showPhotoIn(ui->lPhotoLarge);
 }
@@ -211,6 +217,7 @@ void Window::clearPerson()
     clearPersonalDataPage();
     ui->widgetBlurICAO->setAccessibleName({});
     ui->tableCert->clear();
+    TemporaryCertificate::remove();
 }
 
 void Window::setHomeParams()
@@ -235,8 +242,11 @@ void Window::moveToHomePage()
     qDebug().noquote() << "Move to home page";
     ui->bSettings->setEnabled(true);
     ui->bHelp->setEnabled(true);
-    if (newReaders && isReader())
+    if (newReaders && isReader()) {
         qDebug().noquote() << "new readers page refresh";
+        // Without readersRequested: the card is read again only if its reader has gone.
+        askMonitorForReaders();
+    }
     newReaders = false;
     if (isReader()) {
         if (!isPage(ui->pageHome))

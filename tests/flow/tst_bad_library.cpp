@@ -4,6 +4,9 @@
 
 #include <QDir>
 
+using SetFault = void (*)(sim::Fault &);
+Q_DECLARE_METATYPE(SetFault)
+
 // A card library that is missing, broken, fails, blocks or answers nonsense: the window stays up and shows what it can.
 class TestBadLibrary : public QObject {
     Q_OBJECT
@@ -24,6 +27,13 @@ private:
         fault.function = function;
         fault.nth = 0;
         fault.result = result;
+        return fault;
+    }
+
+    // Only where a buffer is given, so not in the call that asks for the size.
+    static sim::Fault &secondly(sim::Fault &fault)
+    {
+        fault.buffer = sim::Fault::Buffer::Given;
         return fault;
     }
 
@@ -94,68 +104,35 @@ private slots:
 
     void nonsenseInNamesAndSizesIsSurvived_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("label of zero bytes") << 0;
-        QTest::newRow("label without blanks") << 1;
-        QTest::newRow("label of broken UTF-8") << 2;
-        QTest::newRow("description of zero bytes") << 3;
-        QTest::newRow("description of broken UTF-8") << 4;
-        QTest::newRow("fewer slots the second time") << 5;
-        QTest::newRow("more slots the second time") << 6;
-        QTest::newRow("length not available") << 7;
-        QTest::newRow("length larger the second time") << 8;
-        QTest::newRow("every flag set") << 9;
+        const struct {
+            const char *nonsense;
+            const char *function;
+            SetFault set;
+        } rows[] = {
+            { "label of zero bytes", "C_GetTokenInfo", [](sim::Fault &f) { f.label = std::string(32, '\0'); } },
+            { "label without blanks", "C_GetTokenInfo", [](sim::Fault &f) { f.label = std::string(32, 'A'); } },
+            { "label of broken UTF-8", "C_GetTokenInfo", [](sim::Fault &f) { f.label = std::string(32, '\xC3'); } },
+            { "every flag set", "C_GetTokenInfo", [](sim::Fault &f) { f.flags = 0xFFFFFFFF; } },
+            { "name of zero bytes", "C_GetSlotInfo", [](sim::Fault &f) { f.description = std::string(64, '\0'); } },
+            { "name of broken UTF-8", "C_GetSlotInfo", [](sim::Fault &f) { f.description = std::string(64, '\xFF'); } },
+            { "fewer slots the second time", "C_GetSlotList", [](sim::Fault &f) { secondly(f).count = 1; } },
+            { "more slots the second time", "C_GetSlotList", [](sim::Fault &f) { secondly(f).count = 1000; } },
+            { "length not available", "C_GetAttributeValue", [](sim::Fault &f) { f.length = -1; } },
+            { "larger the second time", "C_GetAttributeValue", [](sim::Fault &f) { secondly(f).length = 1000000; } },
+        };
+        QTest::addColumn<QByteArray>("function");
+        QTest::addColumn<SetFault>("set");
+        for (const auto &row : rows)
+            QTest::newRow(row.nonsense) << QByteArray(row.function) << row.set;
     }
     void nonsenseInNamesAndSizesIsSurvived()
     {
-        QFETCH(int, kind);
+        QFETCH(QByteArray, function);
+        QFETCH(SetFault, set);
         sim::Fault fault;
+        fault.function = function.toStdString();
         fault.nth = 0;
-        switch (kind) {
-        case 0:
-            fault.function = "C_GetTokenInfo";
-            fault.label = std::string(32, '\0');
-            break;
-        case 1:
-            fault.function = "C_GetTokenInfo";
-            fault.label = std::string(32, 'A');
-            break;
-        case 2:
-            fault.function = "C_GetTokenInfo";
-            fault.label = std::string(32, '\xC3');
-            break;
-        case 3:
-            fault.function = "C_GetSlotInfo";
-            fault.description = std::string(64, '\0');
-            break;
-        case 4:
-            fault.function = "C_GetSlotInfo";
-            fault.description = std::string(64, '\xFF');
-            break;
-        case 5:
-            fault.function = "C_GetSlotList";
-            fault.buffer = sim::Fault::Buffer::Given;
-            fault.count = 1;
-            break;
-        case 6:
-            fault.function = "C_GetSlotList";
-            fault.buffer = sim::Fault::Buffer::Given;
-            fault.count = 1000;
-            break;
-        case 7:
-            fault.function = "C_GetAttributeValue";
-            fault.length = -1;
-            break;
-        case 8:
-            fault.function = "C_GetAttributeValue";
-            fault.buffer = sim::Fault::Buffer::Given;
-            fault.length = 1000000;
-            break;
-        case 9:
-            fault.function = "C_GetTokenInfo";
-            fault.flags = 0xFFFFFFFF;
-            break;
-        }
+        set(fault);
         flow->world.addFault(fault);
         flow->openWindow();
         LogCatcher log;

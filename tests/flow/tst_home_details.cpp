@@ -27,7 +27,7 @@ private:
     {
         return flow->button(name)->isEnabledTo(flow->button(name)->parentWidget());
     }
-    void hideLoader() { flow->window->changePinFin(0); }
+    void hideLoader() { flow->window->changePinFin(-3); }
 
     void dataGroups(const QByteArray &dg13)
     {
@@ -39,6 +39,16 @@ private slots:
     void initTestCase() { Flow::setUpApplication(); }
     void init() { flow = std::make_unique<Flow>(); }
     void cleanup() { flow.reset(); }
+
+    void pinButtonIsSpokenAsItIsWritten()
+    {
+        QVERIFY(flow->showCard("locked-authorization"));
+
+        QCOMPARE(flow->button("bChangePinAuthenCert")->accessibleName(),
+                 QString("Zmień PIN: certyfikat do identyfikacji i uwierzytelniania"));
+        QCOMPARE(flow->button("bChangePinAuthorCert")->accessibleName(),
+                 QString("Odblokuj PIN: certyfikat do podpisu osobistego"));
+    }
 
     void tilesCarryTheirTitlesAndTextsFromTheStart()
     {

@@ -116,7 +116,7 @@ private slots:
         flow->window->refreshCertsStatus("Zmień PIN", "Zmień PIN", "Odblokuj PIN", 3, 3, 3, 0);
         QVERIFY(!on("qualifiedCert"));
 
-        flow->window->changePinFin(0);
+        flow->window->changePinFin(-3);
         QVERIFY(on("qualifiedCert"));
     }
 

@@ -75,7 +75,7 @@ private slots:
         QVERIFY(hidden("bWroc"));
 
         showPage("pageCertInfo");
-        flow->window->changePinFin(0);
+        flow->window->changePinFin(-3);
         QVERIFY(!hidden("bWroc"));
         QVERIFY(!hidden("cbReaders"));
         QVERIFY(!hidden("lReaderDesc"));
@@ -119,7 +119,7 @@ private slots:
         flow->readersBox()->setEnabled(!enabled);
         flow->readersBox()->hide();
 
-        flow->window->changePinFin(0);
+        flow->window->changePinFin(-3);
 
         QCOMPARE(flow->readersBox()->isEnabled(), enabled);
         QVERIFY(!hidden("cbReaders"));

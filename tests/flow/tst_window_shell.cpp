@@ -110,7 +110,6 @@ private slots:
         QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
         QCOMPARE(flow->title(), QString("Ustawienia"));
         QVERIFY(flow->widget("bWroc")->isHidden());
-        QVERIFY(!flow->widget("bIntegrate")->isEnabled());
         QVERIFY(flow->widget("bSettings")->isEnabled());
         Settings::instance()->setValue("hideCheckboxCANRemember", false);
     }
@@ -301,19 +300,6 @@ private slots:
         flow->closeWindow();
 
         QVERIFY(!QFile::exists(path));
-    }
-
-    void pagesOfLaterStepsOnlyWriteTheirLine()
-    {
-        QVERIFY(flow->showCard("anna"));
-        LogCatcher log;
-
-        flow->button("bHelp")->click();
-        flow->button("bArrowAuthenCert")->click();
-        flow->button("bArrowICAO")->click();
-
-        QVERIFY(log.has("show help"));
-        QCOMPARE(flow->page(), QString("pageHome"));
     }
 };
 

@@ -24,15 +24,16 @@ public:
         QByteArray errors;
     };
 
+#ifdef Q_OS_WIN
+    static constexpr bool onWindows = true;
+#else
+    static constexpr bool onWindows = false;
+#endif
+
     // Path of the program below the root of an installation.
     static QString programIn(const QString &root)
     {
-#ifdef Q_OS_WIN
-        const QString folder = "/64/";
-#else
-        const QString folder = "/bin/";
-#endif
-        return root + folder + "Manager" + Platform::programSuffix();
+        return root + (onWindows ? "/64/" : "/bin/") + "Manager" + Platform::programSuffix();
     }
 
     static QString program()
@@ -101,12 +102,13 @@ public:
         return { code, process.readAllStandardOutput().replace("\r", ""), process.readAllStandardError() };
     }
 
-    QProcess *startProgram(const QStringList &args = {}, const StringMap &variables = {})
+    QProcess *startProgram(const QStringList &args = {}, const StringMap &variables = {},
+                           const QString &path = program())
     {
         running.push_back(std::make_unique<QProcess>());
         QProcess *process = running.back().get();
         process->setProcessEnvironment(environmentWith(variables));
-        process->start(program(), args);
+        process->start(path, args);
         process->waitForStarted();
         return process;
     }

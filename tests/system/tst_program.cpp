@@ -104,7 +104,7 @@ private slots:
                                    "Menedżer Manager velmor Manager velmor_manager 4.3.5.23 x86_64 prod",
                                    "Screen:",
                                    "Scale factors:",
-                                   "used platform plugin:  offscreen",
+                                   onWindows ? "used platform plugin:  windows" : "used platform plugin:  offscreen",
                                    "load ttf:",
                                    "shm lock created velmor_manager 500",
                                    "Application velmor_monitor could not be found",

@@ -1,40 +1,18 @@
-#include "support/testmain.h"
-
-#include "shared.h"
-#include "ui_window.h"
-
-#include <QMainWindow>
+#include "form_fixture.h"
 
 // The forms promise names, classes and places to the code that fills them.
-class TestForms : public QObject {
+class TestForms : public QObject, private FormFixture {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { setUpForm(); }
     void widgetHasItsNameClassAndPlace_data();
     void widgetHasItsNameClassAndPlace();
     void namesAreUniqueInTheWindow();
     void pagesStandInTheirOrder_data();
     void pagesStandInTheirOrder();
     void windowOpensOnTheSettingsPage();
-
-private:
-    template <typename T>
-    T *find(const QString &name) const
-    {
-        return window->findChild<T *>(name);
-    }
-
-    std::unique_ptr<QMainWindow> window;
-    Ui::Window ui;
 };
-
-void TestForms::initTestCase()
-{
-    Shared::loadResources();
-    window = std::make_unique<QMainWindow>();
-    ui.setupUi(window.get());
-}
 
 void TestForms::widgetHasItsNameClassAndPlace_data()
 {

@@ -1,19 +1,16 @@
-#include "support/testmain.h"
+#include "form_fixture.h"
 
-#include "shared.h"
 #include "ui_popup.h"
 #include "ui_thecertitem.h"
-#include "ui_window.h"
 
 #include <QDialog>
-#include <QMainWindow>
 
 // What the forms settle beside names: sizes, who lies in whom, what can take the focus.
-class TestFormsLayout : public QObject {
+class TestFormsLayout : public QObject, private FormFixture {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { setUpForm(); }
     void partsHaveTheirDesignSizes();
     void footerStaysWhenPagesAndReadersAreHidden();
     void tileIsCoveredByItsBackground_data();
@@ -30,24 +27,7 @@ private slots:
     void certificateCardHasItsParts();
     void popupIsLaidOutByItsNumbers();
     void firstFocusIsOnThePage();
-
-private:
-    template <typename T>
-    T *find(const QString &name) const
-    {
-        return window->findChild<T *>(name);
-    }
-
-    std::unique_ptr<QMainWindow> window;
-    Ui::Window ui;
 };
-
-void TestFormsLayout::initTestCase()
-{
-    Shared::loadResources();
-    window = std::make_unique<QMainWindow>();
-    ui.setupUi(window.get());
-}
 
 void TestFormsLayout::partsHaveTheirDesignSizes()
 {

@@ -1,38 +1,16 @@
-#include "support/testmain.h"
-
-#include "shared.h"
-#include "ui_window.h"
-
-#include <QMainWindow>
+#include "form_fixture.h"
 
 // What the forms themselves say, to the eye and to a screen reader. Everything else is filled in by the window.
-class TestFormsTexts : public QObject {
+class TestFormsTexts : public QObject, private FormFixture {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { setUpForm(); }
     void fixedTextsAreThoseOfTheProgram_data();
     void fixedTextsAreThoseOfTheProgram();
     void accessibleTextsAreFixedInTheForm_data();
     void accessibleTextsAreFixedInTheForm();
-
-private:
-    template <typename T>
-    T *find(const QString &name) const
-    {
-        return window->findChild<T *>(name);
-    }
-
-    std::unique_ptr<QMainWindow> window;
-    Ui::Window ui;
 };
-
-void TestFormsTexts::initTestCase()
-{
-    Shared::loadResources();
-    window = std::make_unique<QMainWindow>();
-    ui.setupUi(window.get());
-}
 
 void TestFormsTexts::fixedTextsAreThoseOfTheProgram_data()
 {

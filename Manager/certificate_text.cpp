@@ -1,0 +1,37 @@
+#include "certificate_text.h"
+
+#include <QLocale>
+#include <QSslCertificate>
+
+namespace CertificateText {
+
+QString issuer(const QSslCertificate &certificate)
+{
+    QStringList parts;
+    for (const char *entry : { "CN", "O", "OU", "C" })
+        parts << certificate.issuerInfo(entry).join(' ');
+    return issuer(parts);
+}
+
+QString issuer(const QStringList &parts)
+{
+    // In one pass, so two empty entries beside each other still show.
+    return parts.join(", ").replace(", ,", ",");
+}
+
+QString date(const QDateTime &time)
+{
+    return QLocale::system().toString(time.toLocalTime().date(), "dd MMMM yyyy");
+}
+
+int columns(int cards)
+{
+    return cards == 1 ? 1 : 2;
+}
+
+int rows(int cards)
+{
+    return static_cast<int>(cards * 0.5 + 0.5);
+}
+
+} // namespace CertificateText

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+class QSslCertificate;
+
+// What a card of the certificate page says, and how the cards stand. No widgets here.
+namespace CertificateText {
+
+// "CN, O, OU, C" of the issuer, each with its values joined by a blank. An empty one in the middle closes up, at either
+// end it leaves its separator.
+QString issuer(const QSslCertificate &certificate);
+QString issuer(const QStringList &parts);
+
+// Like "17 października 2023", in the language and the time zone of the machine; empty for a time that cannot be read.
+QString date(const QDateTime &time);
+
+int columns(int cards);
+int rows(int cards);
+
+} // namespace CertificateText

@@ -1,0 +1,16 @@
+#pragma once
+
+// Watches for the system's certificate window by the number of such windows: it has come when there are more than when
+// the click came. A window that is closed meanwhile lowers the mark, so the wanted one still shows. A count that failed
+// is -1: it is below the mark and does not lower it.
+class CertificateWatch {
+public:
+    void begin(int windowCount);
+    bool hasCome(int windowCount);
+    // Whether there is one more try; asking uses it up.
+    bool mayTryAgain();
+
+private:
+    int mark = 0;
+    int polls = 0;
+};

@@ -1,0 +1,7 @@
+#pragma once
+
+class QWidget;
+
+// The grey shadow of tiles, cards and buttons, in pixels of blur and offset. It is there in every theme, but shows in
+// the light one alone: on a dark page its grey would glow.
+void addTileShadow(QWidget *widget, int blur, int offset);

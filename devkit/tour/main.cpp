@@ -1,0 +1,107 @@
+// velmor-tour: walks the real window through its states on a simulated card and leaves a picture of each, and a contact
+// sheet of all.
+//
+//   velmor-tour FOLDER [PREFIX | =NAME ...]
+//
+// One run takes the pictures of one theme at one density: the theme comes from VELMOR_TOUR_THEME (light, dark, hc), the
+// density from QT_SCALE_FACTOR. With further arguments, only the states that they name or whose names begin so. The
+// names of the files end in theme and density. With VELMOR_TOUR_MANUAL set, the pictures are those of the manual.
+
+#include "states.h"
+
+#include "app/app.h"
+#include "base/common.h"
+#include "base/platform.h"
+#include "base/settings.h"
+#include "shared.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QScreen>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+// A home of its own: neither settings nor cards of whoever takes the pictures are read or changed.
+void useOwnHome(const QString &home)
+{
+    for (const char *variable :
+         { "HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "TMPDIR", "APPDATA", "VELMOR_SIM_WORLD" }) {
+        const QString folder = home + '/' + QString(variable).toLower();
+        QDir().mkpath(folder);
+        qputenv(variable, folder.toLocal8Bit());
+    }
+}
+
+// The manual's reader is known to be good, so the window does not warn of it.
+void praiseReader()
+{
+    const QString path = Platform::readersConfPath(Common::productName());
+    QDir().mkpath(QFileInfo(path).path());
+    writeFileBytes(path, QByteArray(Tour::reader) + "=E65535\r\n");
+}
+
+void setUpApplication()
+{
+    QCoreApplication::setApplicationVersion("4.3.5");
+    Shared::loadResources();
+    App::instance()->initQApp();
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    QFont font = QApplication::font();
+    font.setStyleStrategy(QFont::PreferAntialias);
+    QApplication::setFont(font);
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+bool visit(Tour &tour, const State &state)
+{
+    const bool entered = tour.showCard(state.card, state.prepare) && (!state.enter || state.enter(tour));
+    if (!entered)
+        std::fprintf(stderr, "not reached: %s\n", state.name);
+    // The picture shows how far it came.
+    const bool taken = tour.take(state.name);
+    tour.closeWindow();
+    return entered && taken;
+}
+
+bool isWanted(const QString &state, const QStringList &words)
+{
+    return words.isEmpty() || words.contains('=' + state)
+        || std::any_of(words.begin(), words.end(), [&state](const QString &word) { return state.startsWith(word); });
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir home;
+    useOwnHome(home.path());
+    const QString theme = qEnvironmentVariable("VELMOR_TOUR_THEME", "light");
+    App::instance()->init("Menedżer", QDir::cleanPath(Common::installRoot()), "x86_64", "Manager");
+    Settings::instance()->setValue(SettingsKey::theme, theme);
+    Platform::choosePlatformPlugin();
+    QApplication application(argc, argv);
+    const QStringList args = QCoreApplication::arguments();
+    if (args.size() < 2) {
+        std::fprintf(stderr, "usage: velmor-tour FOLDER [PREFIX | =NAME ...]\n");
+        return 2;
+    }
+    QDir().mkpath(args[1]);
+    setUpApplication();
+    if (qEnvironmentVariableIsSet("VELMOR_TOUR_MANUAL"))
+        praiseReader();
+
+    const int density = qRound(96 * QGuiApplication::primaryScreen()->devicePixelRatio());
+    Tour tour(args[1], QString("-%1-%2").arg(theme).arg(density));
+    bool done = true;
+    for (const State &state : allStates()) {
+        if (isWanted(state.name, args.mid(2)))
+            done = visit(tour, state) && done;
+    }
+    done = tour.contactSheet() && done;
+    return done ? 0 : 1;
+}

@@ -1,0 +1,9 @@
+#include "states.h"
+
+QVector<State> allStates()
+{
+    QVector<State> all;
+    for (const auto &part : { homeStates, pageStates, pinStates, helpStates, settingsStates, shellStates })
+        all += part();
+    return all;
+}

@@ -1,0 +1,295 @@
+#include "support/pin_flow.h"
+
+// The answers of the card to a PIN operation, as the window shows them: result page, hints, what stays in the fields,
+// and the answers that show nothing.
+class TestPinResults : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PinFlow> flow;
+
+    void resultPageIs(const QString &title, const QString &text, const QString &colour)
+    {
+        QCOMPARE(flow->page(), QString("pageCorrectChange"));
+        QVERIFY(!flow->loaderShown());
+        QCOMPARE(flow->title(), title);
+        QCOMPARE(flow->resultText(), text);
+        QCOMPARE(flow->label("lPinChanged")->accessibleName(), text);
+        QVERIFY(flow->resultStyle().contains("QFrame#pinChangedFrame"));
+        QVERIFY2(flow->resultStyle().contains("border: 2px solid " + colour), qPrintable(flow->resultStyle()));
+        QCOMPARE(flow->label("lPinChanged")->palette().color(QPalette::WindowText), QColor(colour));
+        QCOMPARE(QApplication::focusWidget(), flow->widget("lPinChanged"));
+        QVERIFY(!flow->readersBox()->isEnabled());
+    }
+
+    // Locked, not set, or good.
+    void tell(const QString &word, int tries, int pukTries)
+    {
+        flow->window->refreshCertsStatus("Zmień PIN", "Zmień PIN", word, 3, 3, pukTries, tries);
+    }
+
+private slots:
+    void initTestCase() { Flow::setUpApplication(); }
+    void init()
+    {
+        flow = std::make_unique<PinFlow>();
+        QVERIFY(flow->start("anna"));
+    }
+    void cleanup() { flow.reset(); }
+
+    void resultOfAChange_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("log");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("colour");
+        QTest::addColumn<bool>("emptied");
+        const QString wrong = "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN";
+        const QString wrongLog = "changePinFin() -- Incorrect Actual Pin";
+        QTest::newRow("0") << 0 << "Pin changed correctly"
+                           << "PIN został zmieniony"
+                           << "#6EBB6E" << true;
+        QTest::newRow("-11") << -11 << "changePinFin() -- Operation rejected"
+                             << "Zmiana PIN-u przerwana"
+                             << "#EA0449" << false;
+        QTest::newRow("-9") << -9 << "changePinFin() -- Pins Don't Match"
+                            << "Podane PINy różnią się"
+                            << "#EA0449" << false;
+        QTest::newRow("-8") << -8 << "changePinFin() -- Operation canceled"
+                            << "Zmiana PIN-u anulowana"
+                            << "#2B9EEB" << false;
+        QTest::newRow("-6") << -6 << wrongLog << wrong << "#EA0449" << true;
+        QTest::newRow("-1") << -1 << wrongLog << wrong << "#EA0449" << true;
+    }
+    void resultOfAChange()
+    {
+        QFETCH(int, code);
+        QFETCH(QString, log);
+        QFETCH(QString, text);
+        QFETCH(QString, colour);
+        QFETCH(bool, emptied);
+        flow->openPinPage(sim::Qualified);
+        flow->typeChange("12345678", "48261537", "48261537");
+        tell("Zmień PIN", 2, 3);
+        LogCatcher catcher;
+
+        flow->window->changePinFin(code);
+
+        resultPageIs("Zmiana PIN-u", text, colour);
+        QVERIFY(catcher.has("Change pin status: " + QString::number(code)) || catcher.has("Change pin status:  "));
+        QVERIFY(catcher.has(log));
+        // What was typed stays in the hidden fields until the next visit, but for the first two.
+        for (const char *name : { "lineActualPin", "lineNewPin", "lineRepeatPin" })
+            QCOMPARE(flow->field(name)->text().isEmpty(), emptied);
+        flow->click("bWrocPin");
+        QCOMPARE(flow->page(), QString("pageHome"));
+        QVERIFY(flow->readersBox()->isEnabled() == (flow->readersBox()->count() >= 2));
+    }
+
+    void codeThatAChangeDoesNotKnowLeavesThePage_data()
+    {
+        QTest::addColumn<int>("code");
+        for (const int code : { -3, -4, -2, -5, -7, -10, 1, 5 })
+            QTest::newRow(QByteArray::number(code).constData()) << code;
+    }
+    void codeThatAChangeDoesNotKnowLeavesThePage()
+    {
+        QFETCH(int, code);
+        flow->openPinPage(sim::Qualified);
+        flow->typeChange("12345678", "48261537", "48261537");
+        LogCatcher log;
+
+        flow->window->changePinFin(code);
+
+        QCOMPARE(flow->page(), QString("pageChangePin"));
+        QVERIFY(!flow->loaderShown());
+        QVERIFY(log.has("changePinFin() not supported return from changePIN"));
+        QCOMPARE(flow->field("lineActualPin")->text(), QString("12345678"));
+        // Not busy: the next press sends.
+        QSignalSpy sent(flow->window.get(), &Window::changePinSig);
+        flow->click("bChangePin");
+        QCOMPARE(sent.size(), 1);
+        QVERIFY(flow->waitForEnd());
+    }
+
+    // The emptying of the fields takes the bad look away again; the hint, shown last, stays.
+    void wrongPinEmptiesTheFieldsAndKeepsTheRedHint()
+    {
+        flow->openPinPage(sim::Qualified);
+        flow->typeChange("12345678", "48261537", "48261537");
+        tell("Zmień PIN", 2, 3);
+
+        flow->window->changePinFin(-6);
+
+        const QLabel *hint = flow->label("lActualPinInfo");
+        QCOMPARE(hint->text(), QString("Niepoprawny PIN. Popraw PIN"));
+        QVERIFY(PinFlow::hintIs(hint, redHint));
+        QVERIFY(!hint->isHidden());
+        QVERIFY(!flow->field("lineActualPin")->styleSheet().contains("234,4,73"));
+        for (const char *tries : { "lTryNumDesc", "lTryNumDescpinpad" })
+            QCOMPARE(flow->label(tries)->text(), QString("Pozostało prób: 2"));
+    }
+
+    void lockingAttemptLeadsStraightToThePageForThePuk_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("pukTries");
+        QTest::addColumn<QString>("page");
+        for (const int code : { -6, -1 }) {
+            QTest::addRow("%d, PUK good", code) << code << 3 << "pageUnblockPin";
+            QTest::addRow("%d, PUK blocked", code) << code << 0 << "pageBlockedPuk_2";
+        }
+    }
+    void lockingAttemptLeadsStraightToThePageForThePuk()
+    {
+        QFETCH(int, code);
+        QFETCH(int, pukTries);
+        flow->openPinPage(sim::Qualified);
+        tell("Odblokuj PIN", 0, pukTries);
+        LogCatcher log;
+
+        flow->window->changePinFin(code);
+
+        QTEST(flow->page(), "page");
+        QVERIFY(log.has("move to unblock PinPage"));
+        QVERIFY(!flow->readersBox()->isEnabled());
+        // Not busy.
+        flow->window->moveToHomePage();
+        flow->openPinPage(sim::Authentication);
+        QCOMPARE(flow->page(), QString("pageChangePin"));
+    }
+
+    void resultOfAnUnblock_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<bool>("firstPin");
+        QTest::addColumn<QString>("log");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("colour");
+        const struct {
+            int code;
+            const char *log;
+            const char *text;
+            const char *firstPinText;
+            const char *colour;
+        } rows[] = {
+            { 0, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany", "PIN został nadany",
+              "#6EBB6E" },
+            { -11, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
+              "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie.", "#2B9EEB" },
+            { -9, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się", "Podane PINy różnią się",
+              "#EA0449" },
+            { -8, "unblockPinFin() -- Operation canceled", "Odblokowanie PIN-u anulowane", "Nadawanie PIN-u anulowane",
+              "#2B9EEB" },
+            { -4, "unblockPinFin() -- Incorrect PUK", "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.",
+              "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.", "#EA0449" },
+            { -1, "unblockPinFin() -- Incorrect PUK", "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.",
+              "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.", "#EA0449" },
+        };
+        for (const auto &row : rows) {
+            QTest::addRow("%d, unblock", row.code) << row.code << false << row.log << row.text << row.colour;
+            QTest::addRow("%d, first PIN", row.code) << row.code << true << row.log << row.firstPinText << row.colour;
+        }
+    }
+    void resultOfAnUnblock()
+    {
+        QFETCH(int, code);
+        QFETCH(bool, firstPin);
+        QFETCH(QString, log);
+        QFETCH(QString, text);
+        QFETCH(QString, colour);
+        tell(firstPin ? "Nadaj PIN" : "Odblokuj PIN", firstPin ? 4 : 0, 3);
+        flow->openPinPage(sim::Qualified);
+        flow->typeUnblock(PinFlow::puk, "48261537", "48261537");
+        tell("Zmień PIN", 3, 2);
+        LogCatcher catcher;
+
+        flow->window->unblockPinFin(code);
+
+        // The result page's titles end in a blank.
+        resultPageIs(firstPin ? "Nadawanie PIN-u " : "Odblokowanie PIN-u ", text, colour);
+        QVERIFY(catcher.has(log));
+        for (const char *name : { "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
+            QCOMPARE(flow->field(name)->text().isEmpty(), code == 0);
+        for (const char *tries : { "lTryNumDescPUK", "lTryNumDescPUKpinpad" })
+            QCOMPARE(flow->label(tries)->text(), QString("Pozostało prób: 2"));
+    }
+
+    void codeThatAnUnblockDoesNotKnowLeavesThePage_data()
+    {
+        QTest::addColumn<int>("code");
+        for (const int code : { -3, -6, -2, -5, -7, -10, 1, 5 })
+            QTest::newRow(QByteArray::number(code).constData()) << code;
+    }
+    void codeThatAnUnblockDoesNotKnowLeavesThePage()
+    {
+        QFETCH(int, code);
+        tell("Odblokuj PIN", 0, 3);
+        flow->openPinPage(sim::Qualified);
+        LogCatcher log;
+
+        flow->window->unblockPinFin(code);
+
+        QCOMPARE(flow->page(), QString("pageUnblockPin"));
+        QVERIFY(!flow->loaderShown());
+        QVERIFY(log.has("changePinFin() not supported return from unblocking PIN"));
+        flow->click("bCancel_2");
+        QCOMPARE(flow->page(), QString("pageHome"));
+    }
+
+    void wrongPukIsToldInRed_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::newRow("-4") << -4;
+        QTest::newRow("-1") << -1;
+    }
+    void wrongPukIsToldInRed()
+    {
+        QFETCH(int, code);
+        tell("Odblokuj PIN", 0, 3);
+        flow->openPinPage(sim::Qualified);
+        tell("Odblokuj PIN", 0, 1);
+
+        flow->window->unblockPinFin(code);
+
+        QCOMPARE(flow->label("lPinInfoPuk")->text(), QString("Niepoprawny PUK. Popraw PUK."));
+        QVERIFY(PinFlow::hintIs(flow->label("lPinInfoPuk"), redHint));
+        QCOMPARE(flow->page(), QString("pageCorrectChange"));
+    }
+
+    void lastWrongPukEndsOnTheBlockedPage_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("pukTries");
+        for (const int code : { -4, -1 }) {
+            for (const int tries : { 0, 4 })
+                QTest::addRow("%d, tries %d", code, tries) << code << tries;
+        }
+    }
+    void lastWrongPukEndsOnTheBlockedPage()
+    {
+        QFETCH(int, code);
+        QFETCH(int, pukTries);
+        tell("Odblokuj PIN", 0, 1);
+        flow->openPinPage(sim::Qualified);
+        tell("Odblokuj PIN", 0, pukTries);
+        LogCatcher log;
+
+        flow->window->unblockPinFin(code);
+
+        QCOMPARE(flow->page(), QString("pageBlockedPuk_2"));
+        QVERIFY(log.has("PUK is blocked!"));
+        QCOMPARE(flow->title(), QString("Odblokowanie PIN-u "));
+        QCOMPARE(flow->subtitle(), QString("Certyfikat kwalifikowany"));
+        QCOMPARE(flow->label("lPukBlocked_2")->accessibleName(),
+                 QString("Odblokowanie PIN-u Certyfikat kwalifikowany, twój velmor został zablokowany, dowodu nie da "
+                         "się odblokować, dowiedz się jak uzyskać nowy dowód osobisty"));
+        QCOMPARE(QApplication::focusWidget(), flow->widget("lPukBlocked_2"));
+        QVERIFY(flow->label("lPukBlocked_2")->text().contains("https://www.velmor.example/nowy-dowod"));
+        flow->click("bWrocPuk");
+        QCOMPARE(flow->page(), QString("pageHome"));
+    }
+};
+
+VELMOR_TEST_MAIN(TestPinResults)
+#include "tst_pin_results.moc"

@@ -1,0 +1,330 @@
+#include "base/platform.h"
+#include "base/settings.h"
+#include "browser/integrator.h"
+#include "platform/os.h"
+#include "support/fake_programs.h"
+#include "support/flow.h"
+#include "support/profile_folder.h"
+
+#include <QAccessible>
+#include <QCheckBox>
+#include <QLayout>
+
+// The settings page and the page with its results.
+class TestSettingsPage : public QObject {
+    Q_OBJECT
+
+private:
+    static constexpr const char *family = "Chrome, Chromium, Edge";
+    static constexpr const char *unchanged = "Ustawienia pozostały bez zmian";
+    static constexpr const char *saved = "Ustawienia zostały zapisane";
+    static constexpr const char *takeOff = "<br/><br/><br/><br/><br/>Zdejmij i przyłóż ponownie velmor do czytnika";
+
+    std::unique_ptr<FakePrograms> programs;
+    std::unique_ptr<Flow> flow;
+
+    static Settings &store() { return *Settings::instance(); }
+    static ProfileFolder profile(const QByteArray &version)
+    {
+        return { Os().profilesRoot("Firefox") + "a.default", version };
+    }
+    QCheckBox *check(const char *name) const { return flow->find<QCheckBox>(name); }
+    bool hidden(const char *name) const { return flow->widget(name)->isHidden(); }
+    bool waitForResult() const
+    {
+        return QTest::qWaitFor([this] { return flow->page() == "pageIntegration" && !flow->loaderShown(); });
+    }
+    // Boxes that were just made are shown by the event loop, and a layout of hidden ones counts as empty.
+    void openSettings() const
+    {
+        flow->button("bSettings")->click();
+        QCoreApplication::processEvents();
+    }
+    void openSettingsWithACard() const
+    {
+        QVERIFY(flow->showCard("anna"));
+        openSettings();
+    }
+
+private slots:
+    void initTestCase() { Flow::setUpApplication(); }
+    void init()
+    {
+        programs = std::make_unique<FakePrograms>();
+        if (Platform::word() == "lin")
+            programs->install("bin/firefox");
+        flow = std::make_unique<Flow>();
+        for (const char *key : { SettingsKey::hideCheckboxCanRemember, SettingsKey::useCspForRsa })
+            store().setValue(key, false);
+    }
+    void cleanup()
+    {
+        flow.reset();
+        programs.reset();
+        QDir(QDir::homePath()).removeRecursively();
+        QDir().mkpath(QDir::homePath());
+    }
+
+    void withoutABrowserTheOtherOptionsAreLeft()
+    {
+        if (Platform::word() == "lin")
+            QSKIP("One row is listed here whatever is installed");
+        flow->openWindow();
+        openSettings();
+        QVERIFY(!flow->button("bIntegrate")->isEnabled());
+        QVERIFY(flow->button("bCANSettings")->isEnabled());
+        QVERIFY(check("cbCANStorage")->isEnabled() && check("cbCSPChoose")->isEnabled());
+        QList<QLabel *> labels = flow->widget("settingsBrowserFrame")->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.cbegin(), labels.cend(), [](const QLabel *label) {
+            return label->text() == "Brak zainstalowanych przeglądarek wymagających integracji";
+        }));
+        flow->button("bIntegrate")->setEnabled(true);
+        flow->button("bIntegrate")->click();
+        QTRY_VERIFY(!flow->loaderShown());
+    }
+
+    void pageListsTheBrowsersInTheirOrder()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        const ProfileFolder files = profile("128.0");
+        files.put("user.js", "user_pref(\"security.osclientcerts.autoload\", true);\r\n");
+        flow->openWindow();
+        LogCatcher log;
+        openSettings();
+
+        QVERIFY(log.has("show settings"));
+        QCOMPARE(flow->title(), QString("Ustawienia"));
+        QCOMPARE(flow->label("lSubTitle")->text(), QString());
+        QCOMPARE(check("Firefox")->text(), QString("Przeglądarce Firefox"));
+        QVERIFY(check("Firefox")->isChecked());
+        QCOMPARE(check(family)->text(), QString("Przeglądarkach: Chrome, Chromium, Edge"));
+        QVERIFY(!check(family)->isChecked());
+        QVERIFY(check(family)->isVisible());
+        QVERIFY(flow->button("bIntegrate")->isEnabled());
+        QVERIFY(flow->button("bSettings")->isEnabled());
+        QVERIFY(!flow->readersBox()->isEnabled());
+        QVERIFY(hidden("frameReaders"));
+        QCOMPARE(flow->button("bIntegrate")->accessibleDescription(), QString("zapisuje zmiany"));
+        QCOMPARE(flow->button("bCANSettings")->accessibleDescription(), QString("zapisuje zmiany"));
+    }
+
+    void tabGoesThroughThePageInReadingOrder()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        flow->openWindow();
+        openSettings();
+        openSettings();
+        QVERIFY(QTest::qWaitForWindowActive(flow->window.get()));
+        flow->widget("lDesc2")->setFocus();
+        QStringList order;
+        for (int i = 0; i < 6; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            order << QApplication::focusWidget()->objectName();
+        }
+        QCOMPARE(order,
+                 QStringList({ "Firefox", family, "bIntegrate", "cbCANStorage", "cbCSPChoose", "bCANSettings" }));
+    }
+
+    void everyEntryRebuildsThePage()
+    {
+        flow->openWindow();
+        openSettings();
+        const int count = flow->widget("settingsBrowserFrame")->findChildren<QCheckBox *>().size();
+        check("cbCANStorage")->setChecked(true);
+        check("cbCSPChoose")->setChecked(true);
+        for (QCheckBox *box : flow->widget("settingsBrowserFrame")->findChildren<QCheckBox *>())
+            box->setChecked(true);
+
+        flow->button("bHelp")->click();
+        openSettings();
+
+        QVERIFY(!check("cbCANStorage")->isChecked());
+        QVERIFY(!check("cbCSPChoose")->isChecked());
+        const auto boxes = flow->widget("settingsBrowserFrame")->findChildren<QCheckBox *>();
+        QCOMPARE(boxes.size(), count);
+        for (const QCheckBox *box : boxes)
+            QVERIFY(!box->isChecked());
+    }
+
+    void backButtonNeedsAReader()
+    {
+        openSettingsWithACard();
+        QVERIFY(!hidden("bWroc"));
+        flow->window->loadedReaders({}, "NO_READER");
+        openSettings();
+        QVERIFY(hidden("bWroc"));
+    }
+
+    void buttonConnectsBehindTheLoader()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        const ProfileFolder files = profile("128.0");
+        openSettingsWithACard();
+        flow->widget("lchange_card")->show();
+        check("Firefox")->setChecked(true);
+        LogCatcher log;
+
+        flow->button("bIntegrate")->click();
+
+        QVERIFY(log.has("empty checks  false"));
+        QVERIFY(flow->loaderShown());
+        QCOMPARE(flow->label("loadingDesc")->text(), QString("Proszę czekać..."));
+        QVERIFY(hidden("bWroc"));
+        QVERIFY(!files.has("user.js"));
+        QVERIFY(waitForResult());
+        QVERIFY(files.has("user.js"));
+        QVERIFY(hidden("lchange_card"));
+        const QString report =
+            "<span>Podłączono moduł obsługujący kartę velmor<br/> w programie \"Firefox\".<br/>Zmiany "
+            "będą widoczne po ponownym uruchomieniu przeglądarki.</span><br/><br/><span>Ustawienia "
+            "pozostały bez zmian dla aplikacji \"Chrome, Chromium, Edge\"</span><br/><br/>";
+        QCOMPARE(flow->label("lIntegration")->text(), report);
+        QCOMPARE(flow->label("lIntegration")->accessibleName(),
+                 QString("Podłączono moduł obsługujący kartę velmor w programie \"Firefox\".Zmiany będą widoczne po "
+                         "ponownym uruchomieniu przeglądarki.Ustawienia pozostały bez zmian dla aplikacji \"Chrome, "
+                         "Chromium, Edge\""));
+        QCOMPARE(QApplication::focusWidget(), flow->widget("lIntegration"));
+
+        flow->button("bIntegrationFinnish")->click();
+        QCOMPARE(flow->page(), QString("pageSettings"));
+        QVERIFY(check("Firefox")->isChecked());
+        QVERIFY(!check(family)->isChecked());
+        QVERIFY(!hidden("bWroc"));
+    }
+
+    void editsComeHalfASecondAfterTheLoader()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        flow->openWindow();
+        openSettings();
+        QElapsedTimer clock;
+        clock.start();
+        flow->button("bIntegrate")->click();
+        QVERIFY(waitForResult());
+        QVERIFY(clock.elapsed() >= 500);
+    }
+
+    void emptyLayoutDoesNothing()
+    {
+        flow->openWindow();
+        openSettings();
+        Integrator::checksClear(flow->find<QLayout>("layoutChecks"));
+        LogCatcher log;
+        flow->window->integrateApps();
+        QVERIFY(log.has("empty checks  true"));
+        QVERIFY(!flow->loaderShown());
+
+        // Nothing was done, so the label keeps its text.
+        flow->label("lIntegration")->setText("stays");
+        flow->window->integrateApps2();
+        QCOMPARE(flow->page(), QString("pageIntegration"));
+        QCOMPARE(flow->label("lIntegration")->text(), QString("stays"));
+        QCOMPARE(flow->label("lIntegration")->accessibleName(), QString());
+    }
+
+    void endShowsTheResultOfTheTimeBefore()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        flow->openWindow();
+        openSettings();
+        flow->window->integrateApps2();
+        const QString report = flow->label("lIntegration")->text();
+        openSettings();
+        flow->label("lIntegration")->setText("other");
+        flow->window->integrationEnds();
+        QCOMPARE(flow->page(), QString("pageIntegration"));
+        QCOMPARE(flow->label("lIntegration")->text(), report);
+    }
+
+    void otherOptionsAreStored_data()
+    {
+        QTest::addColumn<bool>("can");
+        QTest::addColumn<bool>("csp");
+        QTest::addColumn<bool>("newCan");
+        QTest::addColumn<bool>("newCsp");
+        QTest::addColumn<QString>("text");
+        const QString both = QString(saved) + takeOff;
+        QTest::newRow("nothing") << false << false << false << false << QString(unchanged);
+        QTest::newRow("nothing, all on") << true << true << true << true << QString(unchanged);
+        QTest::newRow("CAN on") << false << false << true << false << QString(saved);
+        QTest::newRow("CAN off") << true << true << false << true << QString(saved);
+        QTest::newRow("CSP on") << false << false << false << true << both;
+        QTest::newRow("CSP off") << true << true << true << false << both;
+        QTest::newRow("both") << false << true << true << false << both;
+    }
+
+    void otherOptionsAreStored()
+    {
+        QFETCH(bool, can);
+        QFETCH(bool, csp);
+        QFETCH(bool, newCan);
+        QFETCH(bool, newCsp);
+        QFETCH(QString, text);
+        store().setValue(SettingsKey::hideCheckboxCanRemember, can);
+        store().setValue(SettingsKey::useCspForRsa, csp);
+        store().setValue(SettingsKey::rememberedCan, QByteArray("secret"));
+        openSettingsWithACard();
+        QCOMPARE(check("cbCANStorage")->isChecked(), can);
+        QCOMPARE(check("cbCSPChoose")->isChecked(), csp);
+        check("cbCANStorage")->setChecked(newCan);
+        check("cbCSPChoose")->setChecked(newCsp);
+        flow->label("lIntegration")->setAccessibleName("stays");
+
+        flow->button("bCANSettings")->click();
+
+        QCOMPARE(flow->page(), QString("pageIntegration"));
+        QCOMPARE(flow->label("lIntegration")->text(), text);
+        QCOMPARE(flow->label("lIntegration")->accessibleName(), QString("stays"));
+        QCOMPARE(flow->widget("lchange_card")->isVisible(), csp != newCsp);
+        QVERIFY(hidden("bWroc"));
+        QCOMPARE(store().value(SettingsKey::hideCheckboxCanRemember), QVariant(newCan));
+        QCOMPARE(store().value(SettingsKey::useCspForRsa), QVariant(newCsp));
+        const bool changed = can != newCan || csp != newCsp;
+        QCOMPARE(store().value(SettingsKey::rememberedCan).toByteArray(), QByteArray(changed ? "" : "secret"));
+
+        flow->button("bIntegrationFinnish")->click();
+        QCOMPARE(flow->page(), QString("pageSettings"));
+        QCOMPARE(check("cbCANStorage")->isChecked(), newCan);
+        QCOMPARE(check("cbCSPChoose")->isChecked(), newCsp);
+        QVERIFY(!hidden("bWroc"));
+    }
+
+    // What was told for a screen reader belongs to one result.
+    void resultOfTheOptionsIsNotReadAsTheBrowsersReport()
+    {
+        flow->openWindow();
+        openSettings();
+        QVERIFY(QTest::qWaitForWindowActive(flow->window.get()));
+        flow->window->integrateApps2();
+        flow->widget("bIntegrationFinnish")->setFocus();
+        flow->button("bIntegrationFinnish")->click();
+        flow->widget("bCANSettings")->setFocus();
+        flow->button("bCANSettings")->click();
+        QCOMPARE(QApplication::focusWidget(), flow->widget("lIntegration"));
+        QCOMPARE(flow->label("lIntegration")->accessibleName(), QString());
+        QCOMPARE(QAccessible::queryAccessibleInterface(flow->label("lIntegration"))->text(QAccessible::Name),
+                 QString(unchanged));
+    }
+
+    void ticksThatWereNotConfirmedChangeNothingAtTheEnd()
+    {
+        const ProfileFolder files = profile("128.0");
+        const ProfileFolder old(Os().profilesRoot("Firefox") + "b.default", "70.0");
+        flow->openWindow();
+        openSettings();
+        for (QCheckBox *box : flow->widget("settingsBrowserFrame")->findChildren<QCheckBox *>())
+            box->setChecked(true);
+        flow->closeWindow();
+        QVERIFY(!files.has("user.js"));
+        QCOMPARE(old.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n"));
+        QVERIFY(!QFile::exists(QDir::homePath() + "/.pki"));
+    }
+};
+
+VELMOR_TEST_MAIN(TestSettingsPage)
+#include "tst_settings_page.moc"

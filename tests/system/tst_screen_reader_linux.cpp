@@ -1,0 +1,112 @@
+#include "family_runs.h"
+
+#include "base/common.h"
+#include "platform/os.h"
+#include "support/fake_programs.h"
+#include "support/profile_folder.h"
+
+#include <QStandardPaths>
+
+#include "simworld/sim_world.h"
+
+// The program as a blind person has it: on a display of its own, found, read and worked over AT-SPI and by keys alone,
+// from the home page to the result. The stories are told in Python, by the desktop's own client of that interface.
+class TestScreenReader : public QObject, private FamilyRuns {
+    Q_OBJECT
+
+private:
+    sim::SimWorld world;
+
+    static QString folder() { return QString(VELMOR_TEST_SOURCE_DIR) + "/tests/system/screen_reader/"; }
+
+    static bool hasModules()
+    {
+        const char *imports = "import gi; gi.require_version('Atspi', '2.0'); from gi.repository import Atspi";
+        return QProcess::execute("/usr/bin/python3", { "-c", imports }) == 0;
+    }
+
+    // Debian's own interpreter, since the modules are Debian's.
+    void runStory(const QString &story) { runStory({ story, program(), "-r", "0:Czytnik Alfa||" }, {}); }
+    void runStory(QStringList arguments, const StringMap &ofTheStory)
+    {
+        QProcess session;
+        StringMap variables { { "QT_QPA_PLATFORM", {} }, { "QT_FONT_DPI", {} },   { "QT_ACCESSIBILITY", "1" },
+                              { "DISPLAY", {} },         { "LC_ALL", "C.UTF-8" }, { "LOCPATH", {} } };
+        for (auto variable = ofTheStory.cbegin(); variable != ofTheStory.cend(); ++variable)
+            variables.insert(variable.key(), variable.value());
+        session.setProcessEnvironment(environmentWith(variables));
+        session.setProcessChannelMode(QProcess::MergedChannels);
+        arguments.first().prepend(folder());
+        session.start(folder() + "session", QStringList { "/usr/bin/python3", "-B" } + arguments);
+        constexpr int patience = 150000;
+        if (!session.waitForFinished(patience)) {
+            session.kill();
+            session.waitForFinished();
+        }
+        const QByteArray output = session.readAll();
+        QVERIFY2(session.exitStatus() == QProcess::NormalExit && session.exitCode() == 0, output.constData());
+    }
+
+private slots:
+    void initTestCase()
+    {
+        for (const char *tool : { "dbus-run-session", "xvfb-run", "xdotool" }) {
+            if (QStandardPaths::findExecutable(tool).isEmpty())
+                QSKIP(tool);
+        }
+        if (!hasModules())
+            QSKIP("python3-gi or gir1.2-atspi-2.0 is not installed");
+    }
+    void init() { QVERIFY(world.reset()); }
+
+    void pinIsChangedByKeyboardAndEarAlone()
+    {
+        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
+
+        runStory("change_pin.py");
+
+        QCOMPARE(world.cardState("anna")->pins[sim::Authentication].pin, std::string("4826"));
+        QCOMPARE(world.cardState("anna")->pins[sim::Authentication].tries, 3);
+    }
+
+    void pinIsUnblockedByKeyboardAndEarAlone()
+    {
+        QVERIFY(world.insertCard("Czytnik Alfa", "locked-authorization"));
+
+        runStory("unblock_pin.py");
+
+        QCOMPARE(world.cardState("locked-authorization")->pins[sim::Authorization].pin, std::string("482615"));
+        QCOMPARE(world.cardState("locked-authorization")->pukTries, 3);
+    }
+
+    void helpPageIsWorkedByKeyboardAndEarAlone()
+    {
+        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
+        // Stands for whatever opens links on a desktop, and writes down what it was given.
+        const QString opener = TestHome::path() + "/bin/xdg-open";
+        const QString opened = TestHome::path() + "/opened";
+        QDir().mkpath(QFileInfo(opener).path());
+        QVERIFY(writeFileBytes(opener, "#!/bin/sh\nprintf '%s\\n' \"$@\" >>'" + opened.toLocal8Bit() + "'\n"));
+        QVERIFY(QFile::setPermissions(opener, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+
+        runStory({ "help_page.py", opened, logFolder(), programIn(VELMOR_TEST_FAMILY), "-p", "help" },
+                 { { "PATH", QFileInfo(opener).path() + ':' + qEnvironmentVariable("PATH") }, { "BROWSER", {} } });
+
+        endFamily();
+    }
+
+    void settingsPageIsWorkedByKeyboardAndEarAlone()
+    {
+        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
+        const FakePrograms programs(qEnvironmentVariable("PATH"));
+        programs.install("bin/firefox");
+        const ProfileFolder profile(Os().profilesRoot("Firefox") + "a.default", "128.0");
+
+        runStory({ "settings_page.py", profile.path("user.js"), program(), "-r", "0:Czytnik Alfa||" }, {});
+
+        QCOMPARE(profile.content("user.js"), QByteArray("user_pref(\"security.osclientcerts.autoload\", false);\r\n"));
+    }
+};
+
+VELMOR_TEST_MAIN(TestScreenReader)
+#include "tst_screen_reader_linux.moc"

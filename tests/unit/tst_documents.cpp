@@ -1,0 +1,197 @@
+#include "support/testmain.h"
+
+#include "app/app.h"
+#include "base/common.h"
+#include "base/platform.h"
+
+#include <QDirIterator>
+#include <QImageReader>
+#include <QProcess>
+#include <QRegularExpression>
+
+// The documents that are installed with the program: valid, whole, and readable without the net.
+class TstDocuments : public QObject {
+    Q_OBJECT
+
+private:
+    static QString manual() { return App::instance()->manualPath(); }
+    static QString changelog() { return App::instance()->changelogPath(); }
+    static QString license() { return App::instance()->licensePath(); }
+
+    static QStringList captured(const QString &text, const QString &pattern)
+    {
+        QStringList found;
+        auto match = QRegularExpression(pattern).globalMatch(text);
+        while (match.hasNext())
+            found << match.next().captured(1);
+        return found;
+    }
+    static QStringList links(const QString &text) { return captured(text, "(?:href|src)=\"([^\"]*)\""); }
+
+    static void addDocuments()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("manual") << manual();
+        QTest::newRow("history of changes") << changelog();
+        QTest::newRow("licence") << license();
+    }
+
+private slots:
+    void initTestCase() { App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager"); }
+
+    void documentIsValid_data() { addDocuments(); }
+    void documentIsValid()
+    {
+        QFETCH(QString, path);
+        const QString checker = QStandardPaths::findExecutable("tidy");
+        if (checker.isEmpty() && Platform::word() == "win")
+            QSKIP("checked where the package is");
+        QVERIFY2(!checker.isEmpty(), "tidy is not installed");
+        QProcess tidy;
+        tidy.setProcessChannelMode(QProcess::MergedChannels);
+        tidy.start(checker, { "-quiet", "-errors", "-utf8", path });
+
+        QVERIFY(tidy.waitForFinished());
+        QCOMPARE(QString::fromUtf8(tidy.readAll()), QString());
+        QCOMPARE(tidy.exitCode(), 0);
+    }
+
+    void checkerFindsWhatIsWrong()
+    {
+        const QString checker = QStandardPaths::findExecutable("tidy");
+        if (checker.isEmpty())
+            QSKIP("no tidy here");
+        const QString path = TestHome::path() + "/wrong.html";
+        QVERIFY(writeFileBytes(path, readFileText(manual()).replace("</section>", "</div>").toUtf8()));
+        QProcess tidy;
+        tidy.start(checker, { "-quiet", "-errors", "-utf8", path });
+
+        QVERIFY(tidy.waitForFinished());
+        QVERIFY(tidy.exitCode() != 0);
+    }
+
+    void documentIsPolishAndTitled_data() { addDocuments(); }
+    void documentIsPolishAndTitled()
+    {
+        QFETCH(QString, path);
+        const QString text = readFileText(path);
+
+        QVERIFY(text.contains("<html lang=\"pl\">"));
+        QVERIFY(text.contains("<meta charset=\"utf-8\">"));
+        QCOMPARE(captured(text, "<title>(velmor [^<]+)</title>").size(), 1);
+        QCOMPARE(text.count("<h1>"), 1);
+    }
+
+    void documentNeedsNothingFromTheNet_data() { addDocuments(); }
+    void documentNeedsNothingFromTheNet()
+    {
+        QFETCH(QString, path);
+        const QString text = readFileText(path);
+        QVERIFY(!links(text).isEmpty());
+        for (const QString &link : links(text)) {
+            // A link begins with neither a scheme nor a host.
+            QVERIFY2(!link.contains(QRegularExpression("^([a-z]+:|/)")), qPrintable(link));
+        }
+        QVERIFY(!text.contains("<script"));
+        const QString style = readFileText(QFileInfo(path).path() + "/styl.css");
+        QVERIFY(!style.isEmpty());
+        QVERIFY(!style.contains("url("));
+        QVERIFY(!style.contains("@import"));
+    }
+
+    void everyLinkLeadsSomewhere_data() { addDocuments(); }
+    void everyLinkLeadsSomewhere()
+    {
+        QFETCH(QString, path);
+        const QString text = readFileText(path);
+        const QDir folder = QFileInfo(path).dir();
+        for (const QString &link : links(text)) {
+            if (link.startsWith('#'))
+                QVERIFY2(text.contains("id=\"" + link.mid(1) + '"'), qPrintable(link));
+            else
+                QVERIFY2(QFileInfo(folder.filePath(link)).isFile(), qPrintable(link));
+        }
+    }
+
+    void everySectionOfTheManualIsInItsContents()
+    {
+        const QString text = readFileText(manual());
+        const QStringList sections = captured(text, "<section id=\"([^\"]+)\"");
+
+        QCOMPARE(captured(text, "<li><a href=\"#([^\"]+)\"").mid(0, sections.size()), sections);
+        QVERIFY(sections.size() > 10);
+    }
+
+    void picturesAreWholeAndDescribed()
+    {
+        const QString text = readFileText(manual());
+        const QStringList pictures = captured(text, "<img src=\"([^\"]+)\"");
+        QVERIFY(!pictures.isEmpty());
+        QCOMPARE(captured(text, "<img [^>]*alt=\"([^\"]{20,})\"").size(), pictures.size());
+        for (const QString &picture : pictures) {
+            QImageReader reader(QFileInfo(manual()).dir().filePath(picture));
+            const QImage image = reader.read();
+            QVERIFY2(!image.isNull(), qPrintable(picture + ": " + reader.errorString()));
+            // The size that the page leaves room for.
+            const QString size = QString("width=\"%1\" height=\"%2\"").arg(image.width()).arg(image.height());
+            QVERIFY2(text.contains("<img src=\"" + picture + "\" " + size), qPrintable(picture + " is " + size));
+        }
+    }
+
+    void manualTellsWhatTheProgramShows_data()
+    {
+        QTest::addColumn<QString>("widget");
+        for (const char *widget : { "bRaport", "bDiagnosticStart", "bChangePin", "bSettings", "bHelp", "bIntegrate",
+                                    "cbCANStorage", "lReaderDesc", "bReaderWarning", "lPukBlocked_3" })
+            QTest::newRow(widget) << widget;
+    }
+    void manualTellsWhatTheProgramShows()
+    {
+        QFETCH(QString, widget);
+        const QString form = readFileText(VELMOR_TEST_SOURCE_DIR "/forms/window.ui");
+        const QString shown = captured(form.mid(form.indexOf("name=\"" + widget + "\"")),
+                                       "<property name=\"text\">\\s*<string>([^<]*)</string>")
+                                  .value(0);
+
+        QVERIFY(!shown.isEmpty());
+        QVERIFY2(readFileText(manual()).contains(shown), qPrintable(shown));
+    }
+
+    void manualWarnsOfFilesWithOtherLineEnds()
+    {
+        const QString text = readFileText(manual());
+        const int warning = text.indexOf("Zanim odłączysz przeglądarkę: zrób kopię");
+        QVERIFY(warning > 0);
+        for (const char *word : { "LF", "user.js", "pkcs11.txt", "opróżnić" })
+            QVERIFY2(text.indexOf(word, warning) > 0, word);
+    }
+
+    void licenceNamesEverythingThatIsShipped()
+    {
+        const QString text = readFileText(license());
+        const struct {
+            const char *component;
+            const char *notice;
+            const char *words;
+        } rows[] = {
+            { "Qt 5.15", "Qt.txt", "Qt Company" },
+            { "LGPL 3", "LGPL-3.txt", "GNU LESSER GENERAL PUBLIC LICENSE" },
+            { "GPL 3", "GPL-3.txt", "GNU GENERAL PUBLIC LICENSE" },
+            { "Svg", "QtSvg.txt", "Qt Company" },
+            { "tłumaczenie", "QtTranslations.txt", "Qt Company" },
+            { "OpenSSL 3", "OpenSSL.txt", "Apache" },
+            { "Apache License 2.0", "Apache-2.0.txt", "Apache License" },
+            { "Poppins", "Poppins.txt", "SIL OPEN FONT LICENSE" },
+        };
+        for (const auto &row : rows) {
+            QVERIFY2(text.contains(row.component), row.component);
+            QVERIFY2(text.contains('"' + QString(row.notice) + '"'), row.notice);
+            QVERIFY2(readFileText(QFileInfo(license()).path() + '/' + row.notice).contains(row.words), row.notice);
+        }
+        QCOMPARE(text.contains("MinGW-w64.txt"), Platform::word() == "win");
+        QVERIFY(!text.contains('@'));
+    }
+};
+
+VELMOR_TEST_MAIN(TstDocuments)
+#include "tst_documents.moc"

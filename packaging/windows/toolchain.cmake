@@ -4,6 +4,10 @@ set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+# The same sources give the same bytes, whenever they are built.
+foreach(kind EXE SHARED MODULE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT -Wl,--no-insert-timestamp)
+endforeach()
 
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELMOR_WINDOWS_SYSROOT)
 if(NOT VELMOR_WINDOWS_SYSROOT)

@@ -7,6 +7,7 @@
 #include "base/common.h"
 #include "gui/anim_widget.h"
 #include "gui/hover_parameter.h"
+#include "gui/spoken_focus.h"
 #include "home_cards.h"
 #include "photo_decoder.h"
 #include "ui_window.h"
@@ -100,7 +101,7 @@ void Window::loadedCertsCount(int auth, int author, int pres, int qual)
     const QString title = "Trwa odczyt danych ICAO";
     ui->loadingDesc->setText(title);
     ui->loadingDesc->setAccessibleName(title);
-    ui->loadingDesc->setFocus();
+    focusAloud(ui->loadingDesc);
     emit getConteinersAndICAO(reader);
 }
 
@@ -193,7 +194,7 @@ void Window::loadedPhoto(const QByteArray &dg2)
         HomeCards::accessibleText("Twoje dane z velmor: zdjęcie seria i numer dowodu: " + ui->lNumIdVal->text()
                                   + " data ważności " + ui->lExpDateVal->text() + " imiona: "
                                   + ui->lCommonNameVal->text() + " nazwisko: " + ui->lsurnameVal->text()));
-    ui->widgetBlurICAO->setFocus();
+    focusAloud(ui->widgetBlurICAO);
     checkReaderWarning(ui->cbReaders->currentText());
 }
 

@@ -7,6 +7,7 @@
 #include "base/common.h"
 #include "card/card_tables.h"
 #include "field_style.h"
+#include "gui/spoken_focus.h"
 #include "pin_fields.h"
 #include "pin_texts.h"
 #include "ui_window.h"
@@ -89,7 +90,7 @@ void Window::changePinOnPad()
         + ", postępuj zgodnie z komunikatami na czytniku, podaj aktualny " + word
         + "cyfrowy PIN następnie powtórz aktualny PIN następnie podaj nowy " + word
         + "cyfrowy PIN następnie powtórz nowy PIN, " + ui->lCancelDesc->text()));
-    ui->lTryNumDesc_2->setFocus();
+    focusAloud(ui->lTryNumDesc_2);
     emit changePinSig(reader, conteiner, {}, {});
 }
 
@@ -207,7 +208,7 @@ bool Window::validateTwoPins(int page, const QString &pin, const QString &repeat
     if (!match) {
         showFieldHint(row->repeatHint, "red", "Niepoprawny PIN. Popraw PIN.");
         row->repeatField->setAccessibleName("Powtórzony nowy PIN różni się");
-        row->repeatField->setFocus();
+        focusAloud(row->repeatField);
     }
     return digits && match;
 }
@@ -279,5 +280,5 @@ void Window::showResultPage(const QString &text, PinTexts::Colour colour, int ti
     }
     ui->pager->setCurrentWidget(ui->pageCorrectChange);
     ui->lPinChanged->setAccessibleName(Common::plainText(text));
-    ui->lPinChanged->setFocus();
+    focusAloud(ui->lPinChanged);
 }

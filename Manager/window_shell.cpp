@@ -7,6 +7,7 @@
 #include "base/common.h"
 #include "gui/anim_widget.h"
 #include "gui/popup.h"
+#include "gui/spoken_focus.h"
 #include "header_drag.h"
 #include "ui_window.h"
 
@@ -108,7 +109,7 @@ void Window::loaderShow(const QString &title, const QString &unused, bool unused
     ui->loading->show();
     ui->loadingDesc->setText(title);
     ui->loadingDesc->setAccessibleName(Common::plainText(title));
-    ui->loadingDesc->setFocus();
+    focusAloud(ui->loadingDesc);
 }
 
 void Window::loaderHide()

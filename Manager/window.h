@@ -202,7 +202,6 @@ private:
 
     // window_certificates.cpp
     void fillCertificates(const QString &name);
-    bool certWatchHasEnded() const;
 
     // window_messages.cpp
     void ipcWindowFocus(const IpcMsg &m);

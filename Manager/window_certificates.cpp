@@ -17,6 +17,7 @@
 
 namespace {
 
+constexpr char openingText[] = "Trwa otwieranie certyfikatu";
 constexpr std::chrono::milliseconds firstLook { 100 };
 constexpr std::chrono::milliseconds secondLook { 1000 };
 constexpr std::chrono::milliseconds pollInterval { 500 };
@@ -69,24 +70,21 @@ void Window::openCertWin(const QSslCertificate &cert)
 
 void Window::openCertWinShowLoader()
 {
-    if (certWatchHasEnded() || certWatch.hasCome(Os().certWindowCount()))
+    // The user or the card can be elsewhere by now, where no loader is wanted.
+    if (!isPage(certWatchPage) || certWatch.hasCome(Os().certWindowCount()))
         return;
-    loaderShow("Trwa otwieranie certyfikatu");
+    loaderShow(openingText);
     QTimer::singleShot(secondLook, this, &Window::openCertWinFin);
 }
 
 void Window::openCertWinFin()
 {
-    if (certWatchHasEnded())
+    // The card can have gone meanwhile; a loader with another text is that of another task. On another page, though,
+    // the loader of this one still covers all and has to go in the end.
+    if (!busyFlag || ui->loadingDesc->text() != openingText)
         return;
     if (!certWatch.hasCome(Os().certWindowCount()) && certWatch.mayTryAgain())
         QTimer::singleShot(pollInterval, this, &Window::openCertWinFin);
     else
         loaderHide();
-}
-
-// The card can go while the watch runs. Then the loader, if there is one, is that of another task.
-bool Window::certWatchHasEnded() const
-{
-    return !isPage(certWatchPage);
 }

@@ -1,6 +1,7 @@
 #include "support/flow.h"
 #include "support/viewers.h"
 
+#include "base/ipc_msg.h"
 #include "platform/os.h"
 
 #include <QElapsedTimer>
@@ -224,6 +225,39 @@ private slots:
         QVERIFY(flow->loaderShown());
         flow->world.clearFaults();
         flow->world.release();
+    }
+
+    // Over another page, too, the loader is the watch's own and goes with it.
+    void loaderGoesWhereverTheUserIsByThen_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<QString>("page");
+
+        QTest::newRow("button to the settings") << "bSettings" << QByteArray() << "pageSettings";
+        QTest::newRow("button to the help") << "bHelp" << QByteArray() << "pageHelp";
+        QTest::newRow("message settings") << QString() << QByteArray("settings") << "pageSettings";
+        QTest::newRow("message help") << QString() << QByteArray("help") << "pageHelp";
+    }
+    void loaderGoesWhereverTheUserIsByThen()
+    {
+        QFETCH(QString, button);
+        QFETCH(QByteArray, message);
+        QFETCH(QString, page);
+        viewers->install("gcr-viewer");
+        openPage();
+        detailsButton()->click();
+        QTRY_VERIFY(flow->loaderShown());
+
+        if (button.isEmpty())
+            flow->window->recvIpcMsg({ { "from", "velmor_monitor" }, { "to", "velmor_manager" }, { message, 1 } });
+        else
+            flow->button(qPrintable(button))->click();
+
+        QCOMPARE(flow->page(), page);
+        QTRY_VERIFY(!flow->loaderShown());
+        QVERIFY(flow->widget("pager")->isVisible());
+        QCOMPARE(flow->page(), page);
     }
 
     // Of a window with a title that nobody knows as much is seen as of none.

@@ -12,8 +12,9 @@ WorldWatcher::WorldWatcher(QObject *parent) : QObject(parent), folder(QString::f
 
 void WorldWatcher::look()
 {
-    if (QDir(folder).exists())
-        emit changed();
-    else
+    // On Windows a folder that is watched stays, empty, until the watch ends.
+    if (QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         emit gone();
+    else
+        emit changed();
 }

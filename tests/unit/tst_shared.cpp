@@ -181,6 +181,8 @@ void TestShared::fontHoldsThePolishLetters_data()
                             << "Medium";
     QTest::newRow("semibold") << ":/fonts/Poppins_600SemiBold.ttf"
                               << "SemiBold";
+    QTest::newRow("bold") << ":/fonts/Poppins_700Bold.ttf"
+                          << "Bold";
 }
 
 void TestShared::fontHoldsThePolishLetters()

@@ -68,13 +68,18 @@ void Integrator::checksSubmit(QVBoxLayout *layout)
 {
     qDebug().noquote() << "submit checks";
     result.clear();
+    struct Box {
+        QString name;
+        bool ticked;
+    };
+    // Taken down first: a dialog runs the event loop, in which the page may be rebuilt.
+    QVector<Box> boxes;
     for (int i = 0; i < layout->count(); ++i) {
-        const auto *check = qobject_cast<QCheckBox *>(layout->itemAt(i)->widget());
-        if (!check)
-            continue;
-        const QString name = check->objectName();
-        result += "<span>" + (check->isChecked() ? integrate(name) : disintegrate(name)) + "</span><br/><br/>";
+        if (const auto *check = qobject_cast<QCheckBox *>(layout->itemAt(i)->widget()))
+            boxes << Box { check->objectName(), check->isChecked() };
     }
+    for (const Box &box : qAsConst(boxes))
+        result += "<span>" + (box.ticked ? integrate(box.name) : disintegrate(box.name)) + "</span><br/><br/>";
 }
 
 void Integrator::checksClear(QLayout *layout)
@@ -95,7 +100,8 @@ QString Integrator::integrate(const QString &name)
     if (!profileExist(name))
         return noProfileReport(name);
     bool changed = false;
-    for (const auto &profile : qAsConst(profiles)) {
+    const auto known = profiles; // a dialog runs the event loop, in which the page may be rebuilt
+    for (const auto &profile : known) {
         if (profile->appName() == name)
             changed = integrateProfile(*profile) || changed;
     }
@@ -107,7 +113,8 @@ QString Integrator::disintegrate(const QString &name)
 {
     qDebug().noquote() << "disintegrate: " << name;
     bool changed = false;
-    for (const auto &profile : qAsConst(profiles)) {
+    const auto known = profiles; // see integrate
+    for (const auto &profile : known) {
         bool connected = false;
         if (profile->appName() != name)
             continue;

@@ -1,8 +1,13 @@
 #pragma once
 
-#include <QtGlobal>
+#include "base/common.h"
+#include "support/testmain.h"
+
+#include <QDir>
+#include <QFile>
 
 #ifdef Q_OS_UNIX
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -22,6 +27,26 @@ public:
 #endif
     OrdinaryUser(const OrdinaryUser &) = delete;
     OrdinaryUser &operator=(const OrdinaryUser &) = delete;
+
+    // The way to the test's own folders, which are their owner's alone.
+    static bool letIn(const QStringList &furtherFolders = {})
+    {
+#ifdef Q_OS_UNIX
+        for (const QString &way : QStringList { TestHome::path(), QDir::tempPath() } + furtherFolders) {
+            if (chmod(QFile::encodeName(way).constData(), 0755) != 0)
+                return false;
+        }
+#endif
+        return true;
+    }
+
+    // False where even that does not keep this user from writing.
+    static bool makeReadOnly(const QString &path)
+    {
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther);
+        const OrdinaryUser user;
+        return !Common::isWritable(path);
+    }
 
 private:
     bool changed = false;

@@ -9,6 +9,8 @@
 #include <QTextDocumentFragment>
 #include <QTimer>
 
+#include <functional>
+
 // Somebody who reads every dialog that comes up while this lives, and closes it.
 class PopupCloser : public QObject {
 public:
@@ -24,6 +26,9 @@ public:
     QList<int> buttonCounts;
     bool hadParent = false;
 
+    // Runs while a dialog is up.
+    std::function<void()> meanwhile;
+
 private:
     void look()
     {
@@ -34,6 +39,8 @@ private:
         titles << popup->findChild<QLabel *>("lMainTitle")->text();
         buttonCounts << popup->findChild<QDialogButtonBox *>("buttonBox")->buttons().size();
         hadParent = hadParent || popup->parentWidget();
+        if (meanwhile)
+            meanwhile();
         popup->closePopup();
     }
 

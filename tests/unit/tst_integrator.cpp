@@ -1,110 +1,20 @@
-#include "browser/integrator.h"
+#include "integrator_fixture.h"
+
 #include "browser/integrator_checks.h"
 
-#include "app/app.h"
-#include "base/platform.h"
-#include "platform/os.h"
-#include "shared.h"
-#include "support/fake_programs.h"
-#include "support/popup_closer.h"
-#include "support/profile_folder.h"
-#include "support/testmain.h"
-
-#include <QCheckBox>
-#include <QVBoxLayout>
-
-#include <memory>
-
 // Boxes, edits and reports of the browser integration on a home with hand-made profiles.
-class TestIntegrator : public QObject {
+class TestIntegrator : public QObject, private IntegratorFixture {
     Q_OBJECT
-
-private:
-    static constexpr const char *family = "Chrome, Chromium, Edge";
-    static constexpr const char *on = "user_pref(\"security.osclientcerts.autoload\", true);\r\n";
-    static constexpr const char *off = "user_pref(\"security.osclientcerts.autoload\", false);\r\n";
-    static constexpr const char *noChangeConnecting = "Ustawienia pozostały bez zmian dla aplikacji \"Firefox\".";
-    static constexpr const char *noChangeDisconnecting = "Ustawienia pozostały bez zmian dla aplikacji \"Firefox\"";
-    static QString connected(const QString &app)
-    {
-        return "Podłączono moduł obsługujący kartę velmor<br/> w programie \"" + app
-            + "\".<br/>Zmiany będą widoczne po ponownym uruchomieniu przeglądarki.";
-    }
-    static QString disconnected(const QString &app)
-    {
-        return "Odłączono moduł obsługujący kartę velmor<br/> w programie \"" + app
-            + "\".<br/>Zmiany będą widoczne po ponownym uruchomieniu przeglądarki.";
-    }
-    static QString noProfile(const QString &app)
-    {
-        return "<span style=\"color:#EA0449;\">Nie udało się odnaleźć profilu aplikacji, uruchom aplikacje \"" + app
-            + "\" i spróbuj ponownie.</span>";
-    }
-    static QByteArray entry(const QByteArray &library)
-    {
-        QByteArray slots_;
-        for (const char *slot : { "0xffffffff", "0x0", "0x1", "0x2", "0x3", "0x4", "0x5", "0x6", "0x7", "0x8", "0x9",
-                                  "0xa", "0xb", "0xc", "0xd", "0xe", "0xf" })
-            slots_ += QByteArray(" ") + slot + "=[slotFlags=PublicCerts]";
-        return "\r\nlibrary=" + library + "\r\nname=velmor (64 bits)\r\nNSS=slotParams={" + slots_.mid(1) + "}\r\n";
-    }
-
-    std::unique_ptr<FakePrograms> programs;
-    std::unique_ptr<PopupCloser> popups;
-    std::unique_ptr<Integrator> integrator;
-    std::unique_ptr<QWidget> page;
-    QVBoxLayout *layout = nullptr;
-
-    static QByteArray module() { return App::instance()->pkcsLibPath("x86_64").toLocal8Bit(); }
-    static ProfileFolder profile(const QString &name, const QByteArray &version)
-    {
-        return { Os().profilesRoot("Firefox") + name, version };
-    }
-    static ProfileFolder sharedDatabase() { return ProfileFolder(QDir::homePath() + "/.pki/nssdb"); }
-    static bool isLinux() { return Platform::word() == "lin"; }
-
-    int createChecks()
-    {
-        Integrator::checksClear(layout);
-        return integrator->checksCreate(layout, nullptr);
-    }
-    QCheckBox *check(const char *app) { return page->findChild<QCheckBox *>(app); }
-    // The page's way: boxes, a click of the user, the button.
-    QString submit(const char *app, bool ticked)
-    {
-        createChecks();
-        check(app)->setChecked(ticked);
-        integrator->checksSubmit(layout);
-        return integrator->resultText();
-    }
 
 private slots:
     void initTestCase()
     {
         if (!isLinux())
             QSKIP("What is installed is read from the registry here");
-        Shared::loadResources();
-        QApplication::setQuitOnLastWindowClosed(false);
-        App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager");
+        setUpApplication();
     }
-    void init()
-    {
-        programs = std::make_unique<FakePrograms>();
-        programs->install("bin/firefox");
-        popups = std::make_unique<PopupCloser>();
-        integrator = std::make_unique<Integrator>(App::instance(), nullptr);
-        page = std::make_unique<QWidget>();
-        layout = new QVBoxLayout(page.get());
-    }
-    void cleanup()
-    {
-        page.reset();
-        integrator.reset();
-        popups.reset();
-        programs.reset();
-        QDir(QDir::homePath()).removeRecursively();
-        QDir().mkpath(QDir::homePath());
-    }
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void twoRowsAreListed()
     {
@@ -327,33 +237,6 @@ private slots:
         QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
     }
 
-    // The entry of a former version goes in every case, and only the preference counts as a change.
-    void oldEntryOfANewFirefoxIsTakenOutSilently()
-    {
-        const ProfileFolder files = profile("a.default", "115.0");
-        files.put("pkcs11.txt", ProfileFolder::otherModules("\r\n") + entry("/old/velmor-pkcs11-64.so"));
-        files.put("user.js", on);
-        createChecks();
-        QVERIFY(check("Firefox")->isChecked());
-
-        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0),
-                 QString("<span>") + noChangeConnecting + "</span>");
-
-        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
-        QCOMPARE(files.content("user.js"), QByteArray(on));
-    }
-
-    void entryOfAnOldFirefoxInAnotherFolderStaysBesideTheNewOne()
-    {
-        const ProfileFolder files = profile("a.default", "70.0");
-        const QByteArray before = ProfileFolder::otherModules("\r\n") + entry("/old/velmor-pkcs11-64.so");
-        files.put("pkcs11.txt", before);
-        submit("Firefox", true);
-        QCOMPARE(files.content("pkcs11.txt"), before + entry(module()));
-        submit("Firefox", false);
-        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModulesRewritten());
-    }
-
     void sharedDatabaseIsMadeWithTheEntry()
     {
         createChecks();
@@ -378,43 +261,6 @@ private slots:
         QVERIFY(!check(family)->isChecked());
         QCOMPARE(integrator->disintegrate(family), QString(noChangeDisconnecting).replace("Firefox", family));
         QCOMPARE(sharedDatabase().content("pkcs11.txt"), entry(module()));
-    }
-
-    void databaseThatCannotBeMadeIsTold()
-    {
-        createChecks();
-        QFile pki(QDir::homePath() + "/.pki");
-        QVERIFY(pki.open(QIODevice::WriteOnly));
-        QCOMPARE(integrator->integrate(family), QString(noChangeConnecting).replace("Firefox", family));
-        QCOMPARE(popups->messages, QStringList { "Nie można zapisać pliku: " + pki.fileName() + "/nssdb/pkcs11.txt" });
-    }
-
-    void profileThatCannotBeWrittenIsToldAndTheNextIsConnected()
-    {
-        const ProfileFolder bad = profile("a.default", "70.0");
-        const ProfileFolder good = profile("b.default", "70.0");
-        createChecks();
-        check("Firefox")->setChecked(true);
-        QFile::remove(bad.path("pkcs11.txt"));
-        QVERIFY(QDir().mkdir(bad.path("pkcs11.txt")));
-
-        integrator->checksSubmit(layout);
-
-        QCOMPARE(popups->messages, QStringList { "Nie można zapisać pliku: " + bad.path("pkcs11.txt") });
-        QCOMPARE(good.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n") + entry(module()));
-        QVERIFY(integrator->resultText().startsWith("<span>" + connected("Firefox")));
-    }
-
-    void profileThatVanishesChangesNothing()
-    {
-        const ProfileFolder files = profile("a.default", "128.0");
-        createChecks();
-        check("Firefox")->setChecked(true);
-        QVERIFY(QDir(files.path()).removeRecursively());
-        integrator->checksSubmit(layout);
-        QVERIFY(integrator->resultText().startsWith(QString("<span>") + noChangeConnecting));
-        QVERIFY(popups->messages.isEmpty());
-        QVERIFY(!QFile::exists(files.path()));
     }
 };
 

@@ -73,14 +73,6 @@ private:
     }
     static QByteArray entry() { return ProfileText::moduleEntry(module, "velmor (64 bits)", "p").toUtf8(); }
 
-    // False where even that does not keep this user from writing.
-    static bool makeReadOnly(const QString &path)
-    {
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther);
-        const OrdinaryUser user;
-        return !Common::isWritable(path);
-    }
-
     // Connects on a disk that takes files of this length; nothing where that cannot be had.
     static std::optional<bool> integrateOnFullDisk(ProfileSql &profile, qint64 length)
     {
@@ -109,21 +101,15 @@ private slots:
     {
         folder = std::make_unique<QTemporaryDir>();
         popups = std::make_unique<PopupCloser>();
-#ifdef Q_OS_UNIX
-        for (const QString &way : { TestHome::path(), QDir::tempPath(), folder->path() })
-            QCOMPARE(chmod(QFile::encodeName(way).constData(), 0755), 0);
-#endif
+        QVERIFY(OrdinaryUser::letIn({ folder->path() }));
     }
-    void cleanup()
-    {
-        popups.reset();
-    }
+    void cleanup() { popups.reset(); }
 
     void listThatCannotBeWrittenIsTold()
     {
         const ProfileFolder files = oldProfile();
         ProfileSql profile = loaded(files);
-        if (!makeReadOnly(files.path("pkcs11.txt")))
+        if (!OrdinaryUser::makeReadOnly(files.path("pkcs11.txt")))
             QSKIP("Whoever runs this may write everything");
 
         bool done = true;
@@ -142,7 +128,7 @@ private slots:
         const ProfileFolder files = oldProfile();
         files.put("pkcs11.txt", ProfileFolder::otherModules("\r\n") + entry());
         ProfileSql profile = loaded(files);
-        if (!makeReadOnly(files.path("pkcs11.txt")))
+        if (!OrdinaryUser::makeReadOnly(files.path("pkcs11.txt")))
             QSKIP("Whoever runs this may write everything");
 
         bool removed = false;
@@ -168,7 +154,7 @@ private slots:
         const ProfileFolder files = newProfile();
         files.put("user.js", "// mine\r\n");
         ProfileSql profile = loaded(files);
-        if (!makeReadOnly(files.path("user.js")))
+        if (!OrdinaryUser::makeReadOnly(files.path("user.js")))
             QSKIP("Whoever runs this may write everything");
 
         LogCatcher log;

@@ -33,11 +33,11 @@ bool hasHardwareId(HDEVINFO devices, SP_DEVINFO_DATA &device)
 QString description(HDEVINFO devices, SP_DEVINFO_DATA &device)
 {
     constexpr int capacity = 150;
-    wchar_t buffer[capacity] = {};
-    static_assert(sizeof buffer == 300, "two bytes a letter");
-    // The last letter stays the zero at the end.
+    // One more, which stays the zero at the end.
+    wchar_t buffer[capacity + 1] = {};
+    static_assert(capacity * sizeof *buffer == 300, "two bytes a letter");
     SetupDiGetDeviceRegistryPropertyW(devices, &device, SPDRP_DEVICEDESC, nullptr, reinterpret_cast<BYTE *>(buffer),
-                                      sizeof buffer - sizeof *buffer, nullptr);
+                                      capacity * sizeof *buffer, nullptr);
     return QString::fromWCharArray(buffer);
 }
 

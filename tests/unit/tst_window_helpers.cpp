@@ -7,6 +7,9 @@
 #include "support/testmain.h"
 
 #include <QLineEdit>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QUrl>
 
 class TestWindowHelpers : public QObject {
     Q_OBJECT
@@ -124,8 +127,45 @@ private slots:
         QCOMPARE(
             documentLink("C:/velmor/Licenses/license.html", "Umowa  Licencyjna"),
             QString("<a href='file:///C:/velmor/Licenses/license.html' style='color:#2b9eeb;'>Umowa  Licencyjna</a>"));
-        QCOMPARE(documentLink("/a/%2/x.html", "T"),
-                 QString("<a href='file:///a/%2/x.html' style='color:#2b9eeb;'>T</a>"));
+    }
+
+    void documentLinkLeadsIntoAFolderOfAnyName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("address");
+        QTest::newRow("number sign") << "a#b"
+                                     << "a%23b";
+        QTest::newRow("question mark") << "a?b"
+                                       << "a%3Fb";
+        QTest::newRow("percent sign") << "100%"
+                                      << "100%25";
+        QTest::newRow("what looks encoded") << "a%41b"
+                                            << "a%2541b";
+        QTest::newRow("what looks like a place of the template") << "%2"
+                                                                 << "%252";
+        QTest::newRow("apostrophe") << "it's"
+                                    << "it%27s";
+        QTest::newRow("entity") << "R&amp;D"
+                                << "R%26amp;D";
+        QTest::newRow("markup") << "<b>"
+                                << "%3Cb>";
+        QTest::newRow("plain") << "Łódź (x86) a.b-c_d~e+f"
+                               << "Łódź (x86) a.b-c_d~e+f";
+    }
+    void documentLinkLeadsIntoAFolderOfAnyName()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, address);
+        const QString path = "/opt/" + name + "/x.html";
+
+        const QString link = documentLink(path, "T");
+
+        QCOMPARE(link, "<a href='file:///opt/" + address + "/x.html' style='color:#2b9eeb;'>T</a>");
+        QTextDocument shown;
+        shown.setHtml(link);
+        QCOMPARE(shown.toPlainText(), QString("T"));
+        const QTextCharFormat format = shown.begin().begin().fragment().charFormat();
+        QCOMPARE(QUrl(format.anchorHref()).toLocalFile(), path);
     }
 
     void fieldStylesStartWithTheSameBorder()

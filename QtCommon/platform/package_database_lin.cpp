@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 
 namespace {
 
@@ -17,6 +18,8 @@ using PackageDatabase::Package;
 
 // A busy computer needs seconds for what is done in 30 ms on an idle one.
 constexpr std::chrono::milliseconds patience { 5000 };
+// A killed process is gone at once, unless it hangs in the system itself.
+constexpr std::chrono::milliseconds lastPatience { 200 };
 constexpr char format[] = "${db:Status-Abbrev}\\t${Package}\\t${Version}\\t${Architecture}\\t${binary:Summary}\\n";
 enum Field { Status, Name, Version, Architecture, Summary, FieldCount };
 
@@ -56,6 +59,17 @@ bool isCardSoftware(const Package &package)
     return std::any_of(std::begin(CardSoftware::vendorWords), std::end(CardSoftware::vendorWords), hits);
 }
 
+void giveUp(std::unique_ptr<QProcess> process)
+{
+    process->kill();
+    if (process->state() == QProcess::NotRunning || process->waitForFinished(static_cast<int>(lastPatience.count())))
+        return;
+    // Its destructor would wait half a minute.
+    QProcess *hanging = process.release();
+    QObject::connect(hanging, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), hanging,
+                     &QObject::deleteLater);
+}
+
 } // namespace
 
 namespace PackageDatabase {
@@ -65,20 +79,19 @@ Packages installed()
     const QString program = QStandardPaths::findExecutable("dpkg-query");
     if (program.isEmpty())
         return {};
-    QProcess query;
+    auto query = std::make_unique<QProcess>();
     auto environment = Platform::childEnvironment();
     environment.insert("LC_ALL", "C.UTF-8");
-    query.setProcessEnvironment(environment);
-    query.setStandardErrorFile(QProcess::nullDevice());
-    query.start(program, { "--show", "--showformat", format }, QIODevice::ReadOnly);
-    if (!query.waitForFinished(static_cast<int>(patience.count())) || query.exitStatus() != QProcess::NormalExit
-        || query.exitCode() != 0) {
+    query->setProcessEnvironment(environment);
+    query->setStandardErrorFile(QProcess::nullDevice());
+    query->start(program, { "--show", "--showformat", format }, QIODevice::ReadOnly);
+    if (!query->waitForFinished(static_cast<int>(patience.count())) || query->exitStatus() != QProcess::NormalExit
+        || query->exitCode() != 0) {
         qDebug().noquote() << "no answer from" << program;
-        query.kill();
-        query.waitForFinished(static_cast<int>(patience.count()));
+        giveUp(std::move(query));
         return {};
     }
-    return parse(query.readAllStandardOutput());
+    return parse(query->readAllStandardOutput());
 }
 
 Packages parse(const QByteArray &output)

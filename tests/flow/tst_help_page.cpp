@@ -169,6 +169,20 @@ private slots:
         QCOMPARE(links(), QStringList { "[Otwórz] open_folder" });
     }
 
+    void everyMentionOfTheFolderLeadsThereOnceItIsMade()
+    {
+        const QString folder = Os().logsDir();
+        flow->writeReadersConf(folder.toUtf8() + "=100\r\n");
+        showHelp();
+        QCOMPARE(text().count(folder), 2);
+
+        click("create_folder");
+
+        QCOMPARE(text().count(folder + " [Otwórz]"), 2);
+        QVERIFY(lines().contains(folder + " [Otwórz]=100"));
+        QCOMPARE(links().count("[Otwórz] open_folder"), 2);
+    }
+
     void noteAfterActivatingIsRed()
     {
         showHelp();

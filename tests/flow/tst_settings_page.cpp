@@ -4,21 +4,18 @@
 #include "platform/os.h"
 #include "support/fake_programs.h"
 #include "support/flow.h"
+#include "support/popup_closer.h"
 #include "support/profile_folder.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QLayout>
 
-// The settings page and the page with its results.
+// The settings page with its browsers, and the page with its results.
 class TestSettingsPage : public QObject {
     Q_OBJECT
 
 private:
     static constexpr const char *family = "Chrome, Chromium, Edge";
-    static constexpr const char *unchanged = "Ustawienia pozostały bez zmian";
-    static constexpr const char *saved = "Ustawienia zostały zapisane";
-    static constexpr const char *takeOff = "<br/><br/><br/><br/><br/>Zdejmij i przyłóż ponownie velmor do czytnika";
 
     std::unique_ptr<FakePrograms> programs;
     std::unique_ptr<Flow> flow;
@@ -241,74 +238,51 @@ private slots:
         QCOMPARE(flow->label("lIntegration")->text(), report);
     }
 
-    void otherOptionsAreStored_data()
+    void failedEditIsToldByADialogAndByTheReport()
     {
-        QTest::addColumn<bool>("can");
-        QTest::addColumn<bool>("csp");
-        QTest::addColumn<bool>("newCan");
-        QTest::addColumn<bool>("newCsp");
-        QTest::addColumn<QString>("text");
-        const QString both = QString(saved) + takeOff;
-        QTest::newRow("nothing") << false << false << false << false << QString(unchanged);
-        QTest::newRow("nothing, all on") << true << true << true << true << QString(unchanged);
-        QTest::newRow("CAN on") << false << false << true << false << QString(saved);
-        QTest::newRow("CAN off") << true << true << false << true << QString(saved);
-        QTest::newRow("CSP on") << false << false << false << true << both;
-        QTest::newRow("CSP off") << true << true << true << false << both;
-        QTest::newRow("both") << false << true << true << false << both;
-    }
-
-    void otherOptionsAreStored()
-    {
-        QFETCH(bool, can);
-        QFETCH(bool, csp);
-        QFETCH(bool, newCan);
-        QFETCH(bool, newCsp);
-        QFETCH(QString, text);
-        store().setValue(SettingsKey::hideCheckboxCanRemember, can);
-        store().setValue(SettingsKey::useCspForRsa, csp);
-        store().setValue(SettingsKey::rememberedCan, QByteArray("secret"));
-        openSettingsWithACard();
-        QCOMPARE(check("cbCANStorage")->isChecked(), can);
-        QCOMPARE(check("cbCSPChoose")->isChecked(), csp);
-        check("cbCANStorage")->setChecked(newCan);
-        check("cbCSPChoose")->setChecked(newCsp);
-        flow->label("lIntegration")->setAccessibleName("stays");
-
-        flow->button("bCANSettings")->click();
-
-        QCOMPARE(flow->page(), QString("pageIntegration"));
-        QCOMPARE(flow->label("lIntegration")->text(), text);
-        QCOMPARE(flow->label("lIntegration")->accessibleName(), QString("stays"));
-        QCOMPARE(flow->widget("lchange_card")->isVisible(), csp != newCsp);
-        QVERIFY(hidden("bWroc"));
-        QCOMPARE(store().value(SettingsKey::hideCheckboxCanRemember), QVariant(newCan));
-        QCOMPARE(store().value(SettingsKey::useCspForRsa), QVariant(newCsp));
-        const bool changed = can != newCan || csp != newCsp;
-        QCOMPARE(store().value(SettingsKey::rememberedCan).toByteArray(), QByteArray(changed ? "" : "secret"));
-
-        flow->button("bIntegrationFinnish")->click();
-        QCOMPARE(flow->page(), QString("pageSettings"));
-        QCOMPARE(check("cbCANStorage")->isChecked(), newCan);
-        QCOMPARE(check("cbCSPChoose")->isChecked(), newCsp);
-        QVERIFY(!hidden("bWroc"));
-    }
-
-    // What was told for a screen reader belongs to one result.
-    void resultOfTheOptionsIsNotReadAsTheBrowsersReport()
-    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        const ProfileFolder files = profile("70.0");
         flow->openWindow();
         openSettings();
-        QVERIFY(QTest::qWaitForWindowActive(flow->window.get()));
-        flow->window->integrateApps2();
-        flow->widget("bIntegrationFinnish")->setFocus();
+        QFile::remove(files.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
+        check("Firefox")->setChecked(true);
+        PopupCloser popups;
+
+        flow->button("bIntegrate")->click();
+
+        QVERIFY(waitForResult());
+        QCOMPARE(popups.messages, QStringList { "Nie można zapisać pliku: " + files.path("pkcs11.txt") });
+        QVERIFY(flow->label("lIntegration")
+                    ->text()
+                    .startsWith("<span>Ustawienia pozostały bez zmian dla aplikacji \"Firefox\".</span>"));
         flow->button("bIntegrationFinnish")->click();
-        flow->widget("bCANSettings")->setFocus();
-        flow->button("bCANSettings")->click();
-        QCOMPARE(QApplication::focusWidget(), flow->widget("lIntegration"));
-        QCOMPARE(flow->label("lIntegration")->accessibleName(), QString());
-        QCOMPARE(QAccessible::queryAccessibleInterface(flow->label("lIntegration"))->text(QAccessible::Name),
-                 QString(unchanged));
+        QVERIFY(!check("Firefox")->isChecked());
+    }
+
+    // The Monitor may ask for the page at any time.
+    void pageThatIsEnteredAnewUnderTheDialogKeepsTheTicks()
+    {
+        if (Platform::word() != "lin")
+            QSKIP("What is installed is read from the registry here");
+        const ProfileFolder files = profile("70.0");
+        flow->openWindow();
+        openSettings();
+        QFile::remove(files.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
+        check("Firefox")->setChecked(true);
+        check(family)->setChecked(true);
+        PopupCloser popups;
+        popups.meanwhile = [this] { flow->window->moveToSettingsPage(false); };
+
+        flow->button("bIntegrate")->click();
+
+        QVERIFY(waitForResult());
+        QCOMPARE(popups.messages.size(), 1);
+        QVERIFY(flow->label("lIntegration")->text().contains("Podłączono moduł obsługujący kartę velmor"));
+        flow->button("bIntegrationFinnish")->click();
+        QVERIFY(check(family)->isChecked());
     }
 
     void ticksThatWereNotConfirmedChangeNothingAtTheEnd()

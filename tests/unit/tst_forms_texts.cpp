@@ -75,6 +75,11 @@ void TestFormsTexts::fixedTextsAreThoseOfTheProgram_data()
     add("lPukBlocked_8", "Informacje o systemie");
     add("bDiagnosticStart", "Odśwież");
     add("bCopyRaport", "Kopiuj do\n schowka");
+    // Until the window knows where the documents lie.
+    const char *help = "<a href='https://pomoc.velmor.example/' style='color:#2b9eeb;'>%1</a>";
+    for (const auto &link : std::initializer_list<std::pair<const char *, const char *>> {
+             { "lGuide", "Instrukcja" }, { "lLicense", "Umowa  Licencyjna" }, { "lChangelog", "Historia Zmian" } })
+        add(link.first, qUtf8Printable(QString(help).arg(link.second)));
     const char *captions[][2] = { { "nameFrame_2", "Imiona:  " },
                                   { "surnameFrame_2", "Nazwisko:  " },
                                   { "familyNameFrame", "Nazwisko rodowe:  " },

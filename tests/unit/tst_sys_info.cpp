@@ -77,6 +77,13 @@ private slots:
                               << "Katalog z logami: " + logsDir() + "\nZbieranie logów: nieaktywne";
         QTest::newRow("config") << "{config}"
                                 << "\n\nZawartość pliku konfiguracyjnego: \nBRAK";
+        QTest::newRow("browsers") << "{browsers}"
+                                  << "\n\nPrzeglądarki: \n" + SysInfo::browserLines(Os().browserVersions());
+        QTest::newRow("readers") << "{readers}"
+                                 << "\n\nProgramy/sterowniki do obsługi kart: \n"
+                + SysInfo::softwareLines(Os().cardSoftware(), Os().signatureAppVersion(64),
+                                         Os().signatureAppVersion(32))
+                + "\n\nCzytniki w systemie: \n" + SysInfo::listOrNone(Os().readerDevices());
         QTest::newRow("unknown") << "{other}"
                                  << "{other}";
         QTest::newRow("screens") << "{screens}"
@@ -142,6 +149,20 @@ private slots:
         QFETCH(QString, shown);
         writeConf(content);
         QCOMPARE(info("{config}"), "Zawartość pliku konfiguracyjnego: \n" + shown);
+    }
+
+    // What is filled after the configuration is filled in it as well.
+    void markersAreFilledInTheirOrder()
+    {
+        writeConf("{readers}{browsers}{version}=1\r\n");
+
+        const QString text = info("{version}{config}");
+
+        QVERIFY2(text.startsWith("Wersja aplikacji: 4.3.5.23\n\n\nZawartość pliku konfiguracyjnego: \n\n\n"
+                                 "Programy/sterowniki do obsługi kart: \n"),
+                 qPrintable(text));
+        QVERIFY(text.contains("\n\nCzytniki w systemie: \n"));
+        QVERIFY2(text.endsWith("{browsers}{version}=1"), qPrintable(text));
     }
 
     void missingConfigurationFileIsNone()

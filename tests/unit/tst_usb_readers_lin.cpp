@@ -19,12 +19,17 @@ private:
         for (auto attribute = attributes.begin(); attribute != attributes.end(); ++attribute)
             write(device, attribute.key(), attribute.value() + '\n');
     }
-    void write(const QString &subfolder, const QString &name, const QByteArray &content)
+    // The kernel keeps a device elsewhere, and a link to it in the folder of the bus.
+    void write(const QString &entry, const QString &name, const QByteArray &content)
     {
-        QDir(folder->path()).mkpath(subfolder);
-        QVERIFY(writeFileBytes(folder->filePath(subfolder + '/' + name), content));
+        QDir(folder->path()).mkpath("pci/" + entry);
+        QDir(folder->path()).mkpath("bus");
+        QFile::link("../pci/" + entry, bus() + '/' + entry);
+        QVERIFY(QFileInfo(bus() + '/' + entry).isSymLink());
+        QVERIFY(writeFileBytes(folder->filePath("pci/" + entry + '/' + name), content));
     }
-    QStringList names() const { return UsbReaders::names(folder->path()); }
+    QString bus() const { return folder->filePath("bus"); }
+    QStringList names() const { return UsbReaders::names(bus()); }
 
 private slots:
     void init() { folder = std::make_unique<QTemporaryDir>(); }
@@ -97,6 +102,8 @@ private slots:
     void deviceThatVanishesMeanwhileIsLeftOut()
     {
         addInterface("1-1", "1.0", "0b");
+        QFile::link("../pci/1-1", bus() + "/1-1");
+        QFile::link("../pci/1-2:1.0", bus() + "/1-2:1.0");
 
         QCOMPARE(names(), QStringList());
     }

@@ -96,6 +96,22 @@ private slots:
         QCOMPARE(os.which("Firefox"), QString("C:\\Later\\firefox.exe"));
     }
 
+    void entryWithAFolderAndNoVersionIsPassedOverToo()
+    {
+        install({ { 64, "a", entry("Firefox", "", "C:\\Folder") },
+                  { 64, "b", entry("Firefox", "128.0", "C:\\Later") },
+                  { 32, "a", entry("Firefox", "", "C:\\Narrow") } });
+        QCOMPARE(os.appInfo("Firefox", true, 64).value("version"), QString("128.0"));
+        QCOMPARE(os.which("Firefox"), QString("C:\\Later\\firefox.exe"));
+        QVERIFY(os.appInfo("Firefox", true, 32).isEmpty());
+    }
+
+    void programWithAFolderAndNoVersionAnywhereIsNotOffered()
+    {
+        install({ { 64, "a", entry("Firefox", "", "C:\\Wide") }, { 32, "a", entry("Firefox", "", "C:\\Narrow") } });
+        QCOMPARE(os.which("Firefox"), QString());
+    }
+
     void rootsLieInTheRoamingFolder()
     {
         const QString roaming = QDir::homePath() + "/AppData/Roaming/";

@@ -48,6 +48,19 @@ private slots:
         QCOMPARE(viewers->started(), 0);
     }
 
+    // Only a null one is: what is in it is the viewer's affair.
+    void emptyCertificateIsNotRefused()
+    {
+        viewers->install("gcr-viewer");
+
+        QVERIFY(os.certOpen(QByteArray("")));
+
+        QTRY_COMPARE(viewers->started(), 1);
+        QCOMPARE(viewers->call(0), "gcr-viewer " + path());
+        QVERIFY(QFile::exists(path()));
+        QCOMPARE(content(), QByteArray());
+    }
+
     void certificateIsHandedOverInAFile()
     {
         viewers->install("gcr-viewer");

@@ -99,6 +99,18 @@ private slots:
         QVERIFY(!versions.contains("Google Chrome"));
     }
 
+    void browserInBothListsHasTwoEntries()
+    {
+        install({ { 64, "a", { { "DisplayName", "Microsoft Edge" }, { "DisplayVersion", "120" } } },
+                  { 32, "a", { { "DisplayName", "Microsoft Edge" }, { "DisplayVersion", "119" } } },
+                  { 32, "b", { { "DisplayName", "Google Chrome" }, { "DisplayVersion", "118" } } } });
+
+        const QMap<QString, QString> expected { { "Google Chrome (32-bit)", "118" },
+                                                { "Microsoft Edge", "120" },
+                                                { "Microsoft Edge (32-bit)", "119" } };
+        QCOMPARE(Os().browserVersions(), expected);
+    }
+
     void cardSoftwareInBothListsHasTwoLines()
     {
         install({ { 64, "a", { { "DisplayName", "HID Omnikey driver" }, { "DisplayVersion", "4" } } },

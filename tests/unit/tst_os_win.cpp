@@ -61,6 +61,22 @@ private slots:
         QVERIFY(!QFile::exists(path()));
     }
 
+    // Only a null one is: what is in it is the system's affair.
+    void emptyCertificateIsNotRefused()
+    {
+        LogCatcher log;
+
+        QVERIFY(os.certOpen(QByteArray("")));
+
+        QVERIFY(QFile::exists(path()));
+        QCOMPARE(content(path()), QByteArray());
+        QVERIFY(log.has("startDetached cmd.exe, args="));
+        QTRY_COMPARE_WITH_TIMEOUT(os.certWindowCount(), 1, 20000);
+        QCOMPARE(commandLine(), "rundll32.exe cryptext.dll,CryptExtOpenCER " + path());
+        closeWindow("Certificate");
+        QTRY_COMPARE(os.certWindowCount(), 0);
+    }
+
     void certificateIsHandedToTheSystemByItsCommandLine()
     {
         const QByteArray der("\x30\x03\x00\x01\x02", 5);

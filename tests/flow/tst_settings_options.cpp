@@ -122,11 +122,13 @@ private slots:
         QVERIFY(QDir(tree.path()).mkpath("bin"));
         const QString program = tree.filePath("bin/program") + Platform::programSuffix();
         QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), program));
+        // Where the toolkit's plugins are, on the platform that needs to be told.
+        QFile::copy(QCoreApplication::applicationDirPath() + "/qt.conf", tree.filePath("bin/qt.conf"));
         if (development)
             createEmptyFile(tree.filePath("Makefile"));
         QProcess process;
         process.start(program, { storeOptions });
-        QVERIFY(process.waitForFinished());
+        QVERIFY(process.waitForFinished(60000));
         QCOMPARE(process.exitCode(), 0);
 
         QString output = QString::fromUtf8(process.readAllStandardOutput());

@@ -36,6 +36,8 @@ public:
             if (chmod(QFile::encodeName(way).constData(), 0755) != 0)
                 return false;
         }
+#else
+        Q_UNUSED(furtherFolders)
 #endif
         return true;
     }

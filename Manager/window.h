@@ -68,9 +68,8 @@ private slots:
     void openHelpWebsite();
     void openCertWinFin();
     void openCertWinShowLoader();
-    void copyRaport();
-    void onDiagnosticsRaportAnchorClicked(const QUrl &link);
     int showReaderWarningPopup();
+    void onDiagnosticsRaportAnchorClicked(const QUrl &link);
 
 public slots:
     void integrateApps2();
@@ -99,6 +98,7 @@ public slots:
     void moveToHelpPage();
     void selectReader();
     void getSystemInfo();
+    void copyRaport();
     void waitToUnblockPin();
     void changePin();
     void unblockPinFin(int res);

@@ -48,9 +48,6 @@ signals:
     // Emitted by nobody; kept as part of the interface.
     void receivedTimed(const IpcMsg &message);
 
-protected:
-    Crypto crypto;
-
 private:
     void receiveReply(const IpcMsg &message);
     void answerKeyExchange(const IpcMsg &message);
@@ -62,6 +59,9 @@ private:
     QByteArray requestId;
     QPointer<QObject> replyReceiver;
     QByteArray replySlot;
+
+protected:
+    Crypto crypto;
 };
 
 // Hands on what is addressed to a name, and drops the rest.

@@ -48,12 +48,13 @@ QByteArray readersThatFit(const QByteArray &list)
 
 QByteArray diagnosis(const std::vector<sim::Reader> &readers)
 {
+    const QByteArray omission = "...\n";
     QByteArray text = "Diagnostyka czytników (symulacja)\nLiczba czytników: "
         + QByteArray::number(static_cast<int>(readers.size())) + '\n';
     for (const sim::Reader &reader : readers) {
         const QByteArray line = describe(reader);
-        if (text.size() + line.size() > longestValue)
-            return text + "...\n";
+        if (text.size() + line.size() >= longestValue - omission.size())
+            return text + omission;
         text += line;
     }
     return text;

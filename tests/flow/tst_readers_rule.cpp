@@ -157,6 +157,18 @@ private slots:
         QVERIFY(monitor.isFree());
     }
 
+    void changeDuringOtherWorkIsLoggedWithTheTitlesOfThePage()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->button("bArrowAuthenCert")->click();
+        QCOMPARE(flow->page(), QString("pageCertInfo"));
+        LogCatcher log;
+        receiveReaders("0:Czytnik Alfa||");
+        QCOMPARE(log.lines(),
+                 QStringList { "New reders detected | current page:  Szczegóły Certyfikat do identyfikacji i "
+                               "uwierzytelniania" });
+    }
+
     void openingPageIsKeptUntilTheUserLeavesIt()
     {
         flow->world.insertCard("Czytnik Alfa", "anna");

@@ -1,6 +1,5 @@
 #include "app/app.h"
 #include "base/ipc_msg.h"
-#include "base/settings.h"
 #include "ipc/ipc.h"
 
 #include "support/flow.h"
@@ -31,12 +30,7 @@ private slots:
     void initTestCase() { Flow::setUpApplication(); }
 
     void init() { flow = std::make_unique<Flow>(); }
-    void cleanup()
-    {
-        flow.reset();
-        Settings::instance()->setValue(SettingsKey::updateAvailable, "");
-        Settings::instance()->setValue(SettingsKey::updateInProgress, "");
-    }
+    void cleanup() { flow.reset(); }
 
     void messageForAnotherAddressDoesNothingAtAll_data()
     {
@@ -111,6 +105,16 @@ private slots:
         QVERIFY(monitor.isFree());
     }
 
+    void messageWithoutCommandsIsNeitherAnsweredNorLogged()
+    {
+        RawInbox monitor("velmor_monitor", segmentSize);
+        flow->openWindow();
+        LogCatcher log;
+        receive(IpcMsg { { "from", "velmor_monitor" } });
+        QVERIFY(monitor.isFree());
+        QVERIFY2(log.lines().isEmpty(), qPrintable(log.text()));
+    }
+
     // close
 
     void closeEndsTheWindowAndDropsTheOtherKeys()
@@ -132,8 +136,20 @@ private slots:
     void closeTreatsTheKeysInFrontOfIt()
     {
         flow->openWindow();
+        LogCatcher log;
         receive(IpcMsg { { "canAppStatus", "" }, { "checkForUpdate", 1 }, { "close", 1 } });
+        QVERIFY(log.has("Checking for Kzr update"));
         QTRY_VERIFY(!flow->window->isVisible());
+    }
+
+    void closeAfterTheWorkersEndIsImmediate()
+    {
+        flow->openWindow();
+        flow->window->closeTheards();
+        LogCatcher log;
+        receive(IpcMsg { { "close", 1 } });
+        QVERIFY(!flow->window->isVisible());
+        QVERIFY(!log.has("closeTheards()"));
     }
 
     // The pinpad's refusal is for the user alone.
@@ -250,59 +266,6 @@ private slots:
         QVERIFY(flow->button("bHelp")->isEnabled());
     }
 
-    // Updates
-
-    void checkForUpdateFollowsTheStore()
-    {
-        flow->openWindow();
-        QVERIFY(flow->widget("bUpdate")->isHidden());
-        Settings::instance()->setValue(SettingsKey::updateAvailable, "true");
-        receive(IpcMsg { { "checkForUpdate", "" } });
-        QVERIFY(!flow->widget("bUpdate")->isHidden());
-        QVERIFY(!flow->widget("bUpdateArrow")->isHidden());
-    }
-
-    void updateButtonsAskTheMonitor_data()
-    {
-        QTest::addColumn<QByteArray>("button");
-        QTest::newRow("arrow") << QByteArray("bUpdateArrow");
-        QTest::newRow("text") << QByteArray("bUpdate");
-    }
-    void updateButtonsAskTheMonitor()
-    {
-        QFETCH(QByteArray, button);
-        RawInbox monitor("velmor_monitor", segmentSize);
-        QVERIFY(monitor.isThere());
-        flow->openWindow();
-        Settings::instance()->setValue(SettingsKey::updateAvailable, "true");
-        flow->window->checkForUpdate();
-        LogCatcher log;
-
-        flow->button(button.constData())->click();
-
-        QVERIFY(log.has("Update Kzr clicked"));
-        QCOMPARE(monitor.text(),
-                 QByteArray("<from>velmor_manager</from><to>velmor_monitor</to><updateApp>true</updateApp>"));
-        QVERIFY(!flow->button("bUpdate")->isEnabled());
-        QVERIFY(!flow->button("bUpdateArrow")->isEnabled());
-        QCOMPARE(flow->button("bUpdate")->text(), QString("Aktualizuję"));
-    }
-
-    void updateThatIsNoLongerThereSendsNothing()
-    {
-        RawInbox monitor("velmor_monitor", segmentSize);
-        flow->openWindow();
-        Settings::instance()->setValue(SettingsKey::updateAvailable, "true");
-        flow->window->checkForUpdate();
-        Settings::instance()->setValue(SettingsKey::updateAvailable, "false");
-
-        flow->button("bUpdate")->click();
-
-        QVERIFY(monitor.isFree());
-        QVERIFY(flow->widget("bUpdate")->isHidden());
-        QCOMPARE(flow->button("bUpdate")->text(), QString("Aktualizuj"));
-    }
-
     // What is sent about readers and the CAN
 
     void readerQueryHasTheseBytes()
@@ -348,6 +311,20 @@ private slots:
             QCOMPARE(can->text(),
                      QByteArray("<closePopup>1</closePopup><from>velmor_manager</from><to>velmor_can</to>"
                                 "<windowFocus>1</windowFocus>"));
+    }
+
+    void programThatAsksForTheCanComesToTheFrontEachTime()
+    {
+        RawInbox can("velmor_can", segmentSize);
+        flow->openWindow();
+        for (const char *page : { "pageDisconected", "pageDisconected", "pageHome" }) {
+            goTo(page);
+            can.clear();
+            receive(IpcMsg { { "readers", "WAIT_CAN" } });
+            QCOMPARE(can.text(),
+                     QByteArray("<closePopup>1</closePopup><from>velmor_manager</from><to>velmor_can</to>"
+                                "<windowFocus>1</windowFocus>"));
+        }
     }
 
     void knownProblemsDoNotDisturbTheProgramThatAsksForTheCan()

@@ -3,9 +3,7 @@
 #include "support/key_asker.h"
 #include "support/testmain.h"
 
-#include <QRegularExpression>
-
-// Addressing, replies, key exchange and encrypted messages, over a transport that keeps every byte.
+// Addressing, key exchange and encrypted messages, over a transport that keeps every byte.
 class TestIpcBase : public QObject {
     Q_OBJECT
 
@@ -283,137 +281,6 @@ private slots:
         manager->receive(IpcMsg { { "A", A }, { "encID", "talk" }, { "from", "velmor_monitor" } });
         QCOMPARE(manager->sent.size(), 1);
         QVERIFY(!IpcMsg(manager->sent.first()).param("B").isEmpty());
-    }
-
-    // Requests.
-
-    void requestCarriesAnAddressForItsReply()
-    {
-        QVERIFY(monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg))));
-        const IpcMsg request(monitor->sent.first());
-        const QRegularExpression form("^velmor_monitor/req[0-9a-f]{16}$");
-        QVERIFY2(form.match(request.from()).hasMatch(), request.from().constData());
-    }
-
-    void replyReachesTheSlotThroughTheEventLoop()
-    {
-        monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg)));
-        monitor->carryTo(*manager);
-        manager->sendResponse(manager->heard.first(), IpcMsg { { "k", "reply" } });
-        QCOMPARE(IpcMsg(manager->sent.first()).shmKey(), QString("velmor_monitor"));
-
-        manager->carryTo(*monitor);
-
-        QVERIFY(replies.isEmpty());
-        QCoreApplication::processEvents();
-        QCOMPARE(replies.size(), 1);
-        QCOMPARE(replies.first().param("k"), QByteArray("reply"));
-        QVERIFY(monitor->heard.isEmpty());
-    }
-
-    void secondRequestIsRefusedWhileOneIsOpen()
-    {
-        const IpcMsg request { { "to", "velmor_manager" }, { "k", 1 } };
-        QVERIFY(monitor->sendReceive(request, this, SLOT(takeReply(IpcMsg))));
-        QVERIFY(!monitor->sendReceive(request, this, SLOT(takeReply(IpcMsg))));
-        QCOMPARE(monitor->sent.size(), 1);
-    }
-
-    void requestThatCouldNotBeSentIsNotOpen()
-    {
-        const IpcMsg request { { "to", "velmor_manager" }, { "k", 1 } };
-        monitor->deaf = true;
-        QVERIFY(!monitor->sendReceive(request, this, SLOT(takeReply(IpcMsg))));
-        monitor->deaf = false;
-        QVERIFY(monitor->sendReceive(request, this, SLOT(takeReply(IpcMsg))));
-    }
-
-    void replyToNobodyIsDropped_data()
-    {
-        QTest::addColumn<QByteArray>("to");
-        QTest::addColumn<bool>("open");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("no request open") << QByteArray("velmor_monitor/req0123") << false
-                                         << "receive message with wrong id";
-        QTest::newRow("another request open")
-            << QByteArray("velmor_monitor/req0123") << true << "receive message with wrong id";
-        QTest::newRow("the mark alone, one open")
-            << QByteArray("velmor_monitor/req") << true << "receive message with wrong id";
-        QTest::newRow("the mark alone, none ever") << QByteArray("velmor_monitor/req") << false << "unexpected reply";
-    }
-    void replyToNobodyIsDropped()
-    {
-        QFETCH(QByteArray, to);
-        QFETCH(bool, open);
-        QFETCH(QString, line);
-        if (open)
-            monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg)));
-        LogCatcher log;
-
-        monitor->receive(IpcMsg { { "to", to }, { "k", 1 } });
-
-        QCOMPARE(log.lines(), QStringList { line });
-        QCoreApplication::processEvents();
-        QVERIFY(replies.isEmpty());
-        QVERIFY(monitor->heard.isEmpty());
-    }
-
-    void secondReplyIsUnexpected()
-    {
-        monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg)));
-        const IpcMsg reply { { "to", IpcMsg(monitor->sent.first()).from() }, { "k", 2 } };
-        monitor->receive(reply);
-        LogCatcher log;
-        monitor->receive(reply);
-        QCOMPARE(log.lines(), QStringList { "unexpected reply" });
-        QCoreApplication::processEvents();
-        QCOMPARE(replies.size(), 1);
-    }
-
-    void silenceEndsInATimeoutMessageAfterFiveSeconds()
-    {
-        QElapsedTimer clock;
-        clock.start();
-        monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg)));
-
-        QTRY_COMPARE_WITH_TIMEOUT(replies.size(), 1, 8000);
-
-        QVERIFY(clock.elapsed() >= 4500);
-        QCOMPARE(textOf(replies.first()), QByteArray("<TIMEOUT>1</TIMEOUT>"));
-    }
-
-    void timeoutWithoutARequestDoesNothing()
-    {
-        LogCatcher log;
-        monitor->sendReceiveTimeout();
-        QVERIFY(log.lines().isEmpty());
-    }
-
-    void slotInAnotherFormIsWarnedOf_data()
-    {
-        QTest::addColumn<QByteArray>("slot");
-        QTest::newRow("without a number") << QByteArray("takeReply(IpcMsg)");
-        QTest::newRow("number 3") << QByteArray("3takeReply(IpcMsg)");
-        QTest::newRow("without a bracket") << QByteArray("1takeReply");
-        QTest::newRow("empty") << QByteArray("");
-    }
-    void slotInAnotherFormIsWarnedOf()
-    {
-        QFETCH(QByteArray, slot);
-        monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, slot.constData());
-        QTest::ignoreMessage(QtWarningMsg, "IpcBase::sendReceive: Invalid slot specification");
-        monitor->sendReceiveTimeout();
-        QCoreApplication::processEvents();
-        QVERIFY(replies.isEmpty());
-    }
-
-    void replyForAReceiverThatHasGoneIsDropped()
-    {
-        auto receiver = std::make_unique<QObject>();
-        monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, receiver.get(), SLOT(deleteLater()));
-        receiver.reset();
-        monitor->sendReceiveTimeout();
-        QCoreApplication::processEvents();
     }
 
     void proxyHandsOnWhatIsAddressedToItsName_data()

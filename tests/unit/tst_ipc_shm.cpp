@@ -1,62 +1,20 @@
-#include "app/app.h"
-#include "app/app_lock.h"
-#include "ipc/ipc.h"
+#include "ipc_fixture.h"
 
-#include "support/raw_inbox.h"
-#include "support/testmain.h"
+#include "app/app_lock.h"
 
 #ifdef Q_OS_LINUX
 #include <sys/shm.h>
 #endif
 
-// The segments of the bus inside one process: opening, polling, sending and leaving, and whatever others write into
-// them.
-class TestIpcShm : public QObject {
+// The segments of the bus inside one process: opening, polling and leaving, and whatever others write into them.
+class TestIpcShm : public IpcFixture {
     Q_OBJECT
 
-private:
-    static constexpr char inboxKey[] = "velmor_monitor";
-    static constexpr int prescribedSize = 500;
-
-    std::unique_ptr<Ipc> receiver;
-    std::unique_ptr<Ipc> sender;
-    QList<IpcMsg> heard;
-
-    void listen()
-    {
-        receiver->setName(inboxKey);
-        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
-        receiver->start();
-    }
-
-    // A message whose text form has this size.
-    static IpcMsg messageOfSize(int size, char fill = 'x')
-    {
-        IpcMsg message { { "from", "f" }, { "to", inboxKey }, { "k", "" } };
-        message.setParam("k", QByteArray(size - message.serialize().size(), fill));
-        return message;
-    }
-
-    static bool segmentExists(const char *key)
-    {
-        QSharedMemory memory(QString::fromLatin1(key));
-        return memory.attach();
-    }
-
 private slots:
-    void init()
-    {
-        receiver = std::make_unique<Ipc>();
-        sender = std::make_unique<Ipc>();
-        sender->setName("velmor_can");
-        heard.clear();
-    }
-
+    void init() { openBus(); }
     void cleanup()
     {
-        receiver.reset();
-        sender.reset();
-        App::instance()->unlock();
+        leaveBus();
         QVERIFY(!segmentExists(inboxKey));
     }
 
@@ -103,11 +61,14 @@ private slots:
     void segmentThatCannotBeCreatedIsLoggedAndThePollRunsOn()
     {
         LogCatcher log;
-        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
+        keepWhatIsHeard();
         // Without a name there is no segment.
         receiver->start();
         QCOMPARE(log.count("create shm"), 1);
-        QVERIFY(log.lines().last().startsWith("shm not created:"));
+        // What the platform itself says of such a segment.
+        QSharedMemory nameless { QString() };
+        QVERIFY(!nameless.create(prescribedSize));
+        QCOMPARE(log.lines().last(), "shm not created: " + nameless.errorString());
         QTest::qWait(250);
         QCOMPARE(log.lines().size(), 2);
         receiver->stop();
@@ -151,12 +112,34 @@ private slots:
         QTRY_COMPARE(heard.size(), 1);
     }
 
+    void inboxOfTheLockIsAttachedAgainByThePoll()
+    {
+        App *app = App::instance();
+        app->init("Monitor", VELMOR_TEST_ROOT, "x86_64", "Monitor");
+        QVERIFY(app->lock());
+        RawInbox inbox(inboxKey); // keeps the segment
+        receiver->useLock(*app);
+        keepWhatIsHeard();
+        receiver->start();
+        receiver->stop();
+        QVERIFY(!app->lockSegment()->isAttached());
+        QTest::qWait(150); // the armed poll has seen it
+
+        receiver->start();
+
+        QVERIFY(app->lockSegment()->isAttached());
+        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
+        QTRY_COMPARE(heard.size(), 1);
+        // Read-write, so the text was wiped.
+        QVERIFY(inbox.isFree());
+    }
+
     void inboxOfTheInstanceLockIsItsSegment()
     {
         App *app = App::instance();
         app->init("Monitor", VELMOR_TEST_ROOT, "x86_64", "Monitor");
         QVERIFY(app->lock());
-        connect(receiver.get(), &Ipc::received, this, [this](const IpcMsg &message) { heard << message; });
+        keepWhatIsHeard();
         receiver->useLock(*app);
         QCOMPARE(receiver->name(), QByteArray(inboxKey));
         LogCatcher log;
@@ -197,6 +180,21 @@ private slots:
         QTRY_COMPARE(heard.size(), 1);
         QCOMPARE(log.lines(), QStringList { "recv k:value, to:velmor_monitor" });
         QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
+    }
+
+    void inboxIsLookedIntoTenTimesASecond()
+    {
+        listen();
+        RawInbox inbox(inboxKey);
+        int messages = 0;
+        connect(receiver.get(), &Ipc::received, this, [&] {
+            ++messages;
+            inbox.write("<k>again</k>");
+        });
+        inbox.write("<k>first</k>");
+        QTest::qWait(1050);
+        receiver->stop();
+        QVERIFY2(messages >= 6 && messages <= 11, qPrintable(QString::number(messages)));
     }
 
     void handlerRunsAfterTheUnlock()
@@ -300,161 +298,6 @@ private slots:
         QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
         QFile::remove(QFile::decodeName(path));
 #endif
-    }
-
-    // Sending.
-
-    void senderIsFilledInOnlyIfThereIsNone()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
-        QCOMPARE(inbox.text(), QByteArray("<from>velmor_can</from><k>1</k><to>velmor_monitor</to>"));
-        inbox.clear();
-        QVERIFY(sender->send(IpcMsg { { "from", "velmor_can/req1" }, { "to", inboxKey }, { "k", 1 } }));
-        QVERIFY(inbox.text().startsWith("<from>velmor_can/req1</from>"));
-    }
-
-    void pathOfTheAddressDoesNotChangeTheSegment()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        QVERIFY(sender->send(IpcMsg { { "to", "velmor_monitor/req1" }, { "k", 1 } }));
-        QVERIFY(inbox.text().endsWith("<to>velmor_monitor/req1</to>"));
-    }
-
-    void messageWithoutPayloadIsRefusedWithoutAWord()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        LogCatcher log;
-        QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "reply", "0" } }));
-        QVERIFY(log.lines().isEmpty());
-        QVERIFY(inbox.isFree());
-    }
-
-    void messageWithoutItsKeyIsRefused()
-    {
-        IpcMsg message { { "to", inboxKey }, { "k", 1 } };
-        message.setEncryptionId("unknown");
-        LogCatcher log;
-        QVERIFY(!sender->send(message));
-        QCOMPARE(log.lines().mid(2), (QStringList { "encrypt mesege is empty", "Failed prepare msage" }));
-    }
-
-    void closedProgramFailsAtOnce_data()
-    {
-        QTest::addColumn<QString>("to");
-        QTest::newRow("not running") << "velmor_ctk";
-        QTest::newRow("no address") << "";
-        QTest::newRow("no segment's name") << "../../x";
-    }
-    void closedProgramFailsAtOnce()
-    {
-        QFETCH(QString, to);
-        LogCatcher log;
-        QVERIFY(!sender->send(IpcMsg { { "to", to }, { "k", 1 } }));
-        QCOMPARE(log.lines().size(), 1);
-        QVERIFY2(log.lines().first().endsWith(" - send command error! (the app probably is closed?)"),
-                 qPrintable(log.text()));
-    }
-
-    void fullInboxIsGivenUpAfterFortyNineAttempts()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        inbox.write("<k>old</k>");
-        LogCatcher log;
-        QElapsedTimer clock;
-        clock.start();
-
-        QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
-
-        // 48 rests of 50 ms.
-        QVERIFY2(clock.elapsed() >= 2400, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(log.lines(), QStringList { "send failed 50" });
-        QCOMPARE(inbox.text(), QByteArray("<k>old</k>"));
-    }
-
-    void inboxThatBecomesFreeIsCountedInAttempts()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        inbox.write("<k>old</k>");
-        LogCatcher log;
-        // Free between the second and the third attempt.
-        std::unique_ptr<QThread> thread(QThread::create([&inbox] {
-            QThread::msleep(75);
-            inbox.clear();
-        }));
-        thread->start();
-
-        const bool sent = sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } });
-
-        thread->wait();
-        QVERIFY(sent);
-        QCOMPARE(log.lines().size(), 1);
-        const QRegularExpression form("^send success in  (\\d+) attempt$");
-        const auto match = form.match(log.lines().first());
-        QVERIFY2(match.hasMatch(), qPrintable(log.text()));
-        // The third; a busy machine may have made it a later one.
-        QVERIFY(match.captured(1).toInt() >= 3);
-        QVERIFY(inbox.text().startsWith("<from>velmor_can</from><k>1</k>"));
-    }
-
-    void messageOfTheSegmentsSizeLeavesNoTerminator()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        const IpcMsg message = messageOfSize(inbox.size());
-        LogCatcher log;
-        QVERIFY(sender->send(message));
-        QVERIFY(log.lines().isEmpty());
-        QCOMPARE(inbox.bytes(), message.serialize());
-        listen();
-        QCOMPARE(heard.first().serialize(), message.serialize());
-    }
-
-    void longerMessageIsCutAndLosesTheEntriesAtItsEnd()
-    {
-        RawInbox inbox(inboxKey, prescribedSize);
-        const IpcMsg message = messageOfSize(inbox.size() + 1);
-        LogCatcher log;
-        QVERIFY(sender->send(message));
-        QVERIFY(log.has("memcpy error | _DestinationSize < _SourceSize"));
-        QCOMPARE(inbox.bytes(), message.serialize().left(inbox.size()));
-        listen();
-        // "</to" was all that was left of its last closing tag.
-        QCOMPARE(heard.first().keys(), (QList<QByteArray> { "from", "k" }));
-    }
-
-    void bytesChangeAsTheThreeCharacterSetsHaveIt_data()
-    {
-        QTest::addColumn<QByteArray>("sent");
-        QTest::addColumn<QByteArray>("arrived");
-        QTest::newRow("ASCII") << QByteArray("abc") << QByteArray("abc");
-        QTest::newRow("UTF-8") << QByteArray("Ąęż") << QByteArray("Ąęż");
-        QTest::newRow("no UTF-8") << QByteArray("a\xFF\xFE") << QByteArray("a\xEF\xBF\xBD\xEF\xBF\xBD");
-    }
-    void bytesChangeAsTheThreeCharacterSetsHaveIt()
-    {
-        QFETCH(QByteArray, sent);
-        listen();
-        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", sent } }));
-        QTRY_COMPARE(heard.size(), 1);
-        QTEST(heard.first().param("k"), "arrived");
-    }
-
-    void zeroByteEndsTheMessage()
-    {
-        listen();
-        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", QByteArray("a\0b", 3) } }));
-        QTRY_COMPARE(heard.size(), 1);
-        QCOMPARE(heard.first().keys(), QList<QByteArray> { "from" });
-    }
-
-    void canOnItsWayIsNotLogged()
-    {
-        listen();
-        LogCatcher log;
-        QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "setCanToVerify", "274951" } }));
-        QTRY_COMPARE(heard.size(), 1);
-        QVERIFY(log.has("setCanToVerify:#"));
-        QVERIFY2(!log.has("274951"), qPrintable(log.text()));
     }
 };
 

@@ -47,6 +47,8 @@ void CanWindow::receive(const IpcMsg &message)
         } else if (key == "windowFocus") {
             showNormal();
             activateWindow();
+        } else if (key == "cancel") {
+            reject();
         } else if (key == "close") {
             done(Rejected);
         }

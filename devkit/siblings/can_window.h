@@ -12,7 +12,8 @@ class QMessageBox;
 // The stand-in of Can: a small window that asks for the CAN of the card that waits for it and opens the simulated card.
 // It goes when no card waits any more. The Monitor is told that it is there, and that the user has closed it.
 //
-// Commands: closePopup, windowFocus as Manager sends them; close ends it.
+// Commands: closePopup, windowFocus as Manager sends them; close ends it; cancel, which only the stand-in knows, is the
+// user's.
 class CanWindow : public QDialog {
     Q_OBJECT
 

@@ -34,6 +34,11 @@ public:
         return Common::isAppRunning(id, "velmor");
     }
 
+    static int countInLog(const QString &text)
+    {
+        return logLines().filter(text).size();
+    }
+
     // By hand, as from a sibling.
     static bool tell(const QByteArray &to, const QByteArray &key, const QByteArray &value = "1")
     {

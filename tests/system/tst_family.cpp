@@ -11,8 +11,7 @@
 #include <csignal>
 #endif
 
-// Manager among real siblings: start, second start, deaths at bad moments, the Monitor's pushes, the program that asks
-// for a CAN, messages by hand.
+// Manager among real siblings: start, second start, deaths at bad moments, the Monitor's pushes, messages by hand.
 class TestFamily : public QObject, private FamilyRuns {
     Q_OBJECT
 
@@ -34,8 +33,6 @@ private:
         startManager();
         QTRY_VERIFY_WITH_TIMEOUT(logHas("recv from:velmor_monitor"), patience);
     }
-
-    static int countInLog(const QString &text) { return logLines().filter(text).size(); }
 
     // It hears and acts: the proof of life after each mishap.
     static bool answersToFocus()
@@ -359,24 +356,6 @@ private slots:
         };
         QTRY_VERIFY_WITH_TIMEOUT(endedWithoutIt(), patience);
         QCOMPARE(outcomeOf(*monitor).code, 0);
-    }
-
-    // The CAN
-
-    void cardThatWaitsForItsCanBringsUpTheProgramThatAsks()
-    {
-        QVERIFY(world.insertCard("Antena Gamma", "anna"));
-        startManager({ "-r", "0:Antena Gamma||" });
-        QTRY_VERIFY_WITH_TIMEOUT(logHas("all certs loaded") && runs("Monitor"), patience);
-
-        QVERIFY(world.setWaitCan("Antena Gamma", true));
-
-        QTRY_VERIFY_WITH_TIMEOUT(logHas("recv canAppStatus:canOpened"), patience);
-        QVERIFY(runs("Can"));
-        // As the program itself does it once the CAN is right.
-        QVERIFY(world.setWaitCan("Antena Gamma", false));
-        QTRY_COMPARE_WITH_TIMEOUT(countInLog("all certs loaded"), 2, patience);
-        QTRY_VERIFY_WITH_TIMEOUT(!runs("Can"), patience);
     }
 
     // By hand

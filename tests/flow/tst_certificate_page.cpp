@@ -146,14 +146,43 @@ private slots:
         QVERIFY(!card(1, 1));
     }
 
+    // One value of the card with two certificates in it.
+    void certificatesBehindEachOtherAreAllShown()
+    {
+        const QList<QByteArray> some = qualified("three-qualified");
+
+        showQualified({ some.at(0) + some.at(1), some.at(2) });
+
+        QCOMPARE(table()->columnCount(), 2);
+        QCOMPARE(table()->rowCount(), 2);
+        QVERIFY(issuer(0, 0).startsWith("Ostrel Podpis Kwalifikowany"));
+        QVERIFY(issuer(0, 1).startsWith("Centrum Zaufania Kwarc"));
+        QVERIFY(issuer(1, 0).startsWith("Pieczęć i Podpis"));
+    }
+
+    void otherContainersShowOneCardAtMost_data()
+    {
+        QTest::addColumn<QByteArray>("container");
+        QTest::addColumn<int>("cards");
+        QTest::newRow("bArrowAuthenCert") << QByteArray(sim::Authentication) << 1;
+        QTest::newRow("bArrowAuthorCert") << QByteArray(sim::Authorization) << 1;
+        QTest::newRow("bArrowPresenceCert") << QByteArray(sim::Presence) << 1;
+        QTest::newRow("bArrowQualifiedCert") << QByteArray(sim::Qualified) << 3;
+    }
     void otherContainersShowOneCardAtMost()
     {
-        QVERIFY(flow->showCard("two-authentication"));
+        QFETCH(QByteArray, container);
+        sim::Card many = *flow->world.card("anna");
+        many.name = "many";
+        std::vector<sim::Object> &objects = many.objects[container.toStdString()];
+        objects = flow->world.card("three-qualified")->objects.at(sim::Qualified);
+        QVERIFY2(flow->world.defineCard(many), flow->world.error().c_str());
+        QVERIFY(flow->showCard("many"));
 
-        flow->button("bArrowAuthenCert")->click();
+        flow->button(QTest::currentDataTag())->click();
 
-        QCOMPARE(table()->columnCount(), 1);
-        QCOMPARE(table()->rowCount(), 1);
+        QTEST(table()->findChildren<CertWidget *>().size(), "cards");
+        QVERIFY(issuer(0, 0).startsWith("Ostrel Podpis Kwalifikowany"));
     }
 
     void cardShowsAndSpeaksIssuerAndDays()

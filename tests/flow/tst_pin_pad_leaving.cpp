@@ -92,16 +92,48 @@ private slots:
         QVERIFY(!on("bSettings"));
     }
 
+    // What lets the user away from the reader comes back during the delay, and goes at its end.
+    void endOfTheDelayClosesTheWaysOut()
+    {
+        QVERIFY(flow->start("locked-authorization", true));
+        QVERIFY(flow->world.addReader("Czytnik Beta"));
+        flow->window->loadedReaders({ "Czytnik Alfa", "Czytnik Beta" });
+        QSignalSpy sent(flow->window.get(), &Window::unblockPinSig);
+        flow->openPinPage(sim::Authorization);
+        flow->window->recvIpcMsg(
+            IpcMsg { { "to", "velmor_manager" }, { "readers", "0:Czytnik Alfa||1:Czytnik Beta||2:Czytnik Gamma||" } });
+        flow->readersBox()->setEnabled(true);
+        QCOMPARE(flow->page(), QString("pageUnblockPin"));
+        QVERIFY(flow->widget("bWroc")->isVisible());
+        QVERIFY(on("bSettings") && on("bHelp"));
+        QCOMPARE(sent.size(), 0);
+
+        QTRY_COMPARE_WITH_TIMEOUT(sent.size(), 1, 3000);
+
+        QVERIFY(flow->widget("bWroc")->isHidden());
+        QVERIFY(!flow->readersBox()->isEnabled());
+        QVERIFY(!on("bSettings") && !on("bHelp"));
+    }
+
+    void pukBlockedDuringTheDelayIsNotAskedFor_data()
+    {
+        QTest::addColumn<int>("pukTries");
+        QTest::newRow("no tries") << 0;
+        QTest::newRow("without a counter") << 4;
+    }
     void pukBlockedDuringTheDelayIsNotAskedFor()
     {
+        QFETCH(int, pukTries);
         QVERIFY(flow->start("locked-authorization", true));
         QSignalSpy sent(flow->window.get(), &Window::unblockPinSig);
         flow->openPinPage(sim::Authorization);
-        flow->window->refreshCertsStatus("Zmień PIN", "Odblokuj PIN", "Zmień PIN", 3, 0, 0, 3);
+        flow->window->refreshCertsStatus("Zmień PIN", "Odblokuj PIN", "Zmień PIN", 3, 0, pukTries, 3);
+        LogCatcher log;
 
         QTRY_COMPARE_WITH_TIMEOUT(flow->page(), QString("pageBlockedPuk_2"), 3000);
 
         QCOMPARE(sent.size(), 0);
+        QVERIFY(log.lines().contains("PUK is blocked! tries left= " + QString::number(pukTries)));
         flow->click("bWrocPuk");
         QVERIFY(on("bSettings") && on("bHelp"));
     }

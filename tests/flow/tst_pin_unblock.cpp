@@ -1,6 +1,6 @@
 #include "support/pin_flow.h"
 
-// The page for the PUK: the words of a locked and of a first PIN, what it lets through, and the end of the road.
+// The page for the PUK: the words of a locked and of a first PIN, and what it lets through.
 class TestPinUnblock : public QObject {
     Q_OBJECT
 
@@ -65,6 +65,7 @@ private slots:
         QVERIFY(!canUnblock());
         QVERIFY(!flow->readersBox()->isEnabled());
         QVERIFY(log.has(" [ moveToUnblockPinPage() ]"));
+        QVERIFY(log.lines().contains("UnblockPinPage Container:  " + QString(name) + "  status:  0"));
         QVERIFY(log.has(" [ moveToPinPage() ]"));
         QCOMPARE(QApplication::focusWidget(), flow->widget("lUnblockPinDetails"));
     }
@@ -80,6 +81,7 @@ private slots:
     {
         QFETCH(QString, card);
         QVERIFY(flow->start(card.toStdString()));
+        LogCatcher log;
 
         flow->openPinPage(sim::Qualified);
 
@@ -88,6 +90,12 @@ private slots:
         QCOMPARE(flow->subtitle(), QString("Certyfikat kwalifikowany"));
         wordsAre(firstPinText(), blueHint, "Nadaj PIN");
         labelsAre(firstPinLabels());
+        QVERIFY(log.lines().contains("UnblockPinPage Container:  Qualified  status:  4"));
+        QCOMPARE(flow->label("lUnblockPinDetails")->accessibleName(),
+                 QString("Nadawanie PIN-u Certyfikat kwalifikowany, Twój dowód nie ma nadanego PIN-u,  Wpisz PUK i "
+                         "nadaj PIN, Masz 3 próby na prawidłowe wpisanie, trzykrotne wpisanie nieprawidłowego PUK-u "
+                         "zablokuje dowód, numer PUK znajdziesz w dokumentach które dostałeś/aś w urzędzie podczas "
+                         "odbierania dowodu osobistego"));
     }
 
     void otherContainerThatIsNotSetIsCalledLocked()
@@ -338,58 +346,15 @@ private slots:
         QVERIFY(flow->start(card.toStdString()));
         flow->openPinPage(sim::Qualified);
         flow->typeUnblock(PinFlow::puk, "48261537", "48261537");
-
-        flow->click("bChangePinPuk");
-
-        QVERIFY(flow->loaderShown());
-        QCOMPARE(flow->label("loadingDesc")->text(), text);
-        QCOMPARE(field("lineRepeatPinPuk")->text(), QString());
-        QVERIFY(flow->waitForPage("pageCorrectChange"));
-    }
-
-    void blockedPukShowsItsPageInsteadOfTheForm_data()
-    {
-        QTest::addColumn<QString>("word");
-        QTest::addColumn<int>("tries");
-        QTest::addColumn<int>("pukTries");
-        for (const int pukTries : { 0, 4 }) {
-            QTest::addRow("first PIN, PUK tries %d", pukTries) << "Nadaj PIN" << 4 << pukTries;
-            QTest::addRow("locked, PUK tries %d", pukTries) << "Odblokuj PIN" << 0 << pukTries;
-        }
-    }
-    void blockedPukShowsItsPageInsteadOfTheForm()
-    {
-        QFETCH(QString, word);
-        QFETCH(int, tries);
-        QFETCH(int, pukTries);
-        QVERIFY(flow->start("anna"));
-        flow->window->refreshCertsStatus("Zmień PIN", "Zmień PIN", word, 3, 3, pukTries, tries);
-
-        flow->openPinPage(sim::Qualified);
-
-        QCOMPARE(flow->page(), QString("pageBlockedPuk_2"));
-        QCOMPARE(flow->title(), QString("Odblokowanie PIN-u "));
-        QCOMPARE(QApplication::focusWidget(), flow->widget("lPukBlocked_2"));
-    }
-
-    void pukThatIsBlockedMeanwhileIsNotSent()
-    {
-        QVERIFY(flow->start("locked-pins"));
-        flow->openPinPage(sim::Authentication);
-        flow->typeUnblock(PinFlow::puk, "4826", "4826");
-        flow->window->refreshCertsStatus("Odblokuj PIN", "Odblokuj PIN", "Odblokuj PIN", 0, 0, 0, 0);
-        QSignalSpy sent(flow->window.get(), &Window::unblockPinSig);
         LogCatcher log;
 
         flow->click("bChangePinPuk");
 
-        QCOMPARE(flow->page(), QString("pageBlockedPuk_2"));
-        QVERIFY(log.has("PUK is blocked! tries left="));
-        QCOMPARE(sent.size(), 0);
-        // Not busy.
-        flow->click("bWrocPuk");
-        flow->openPinPage(sim::Authentication);
-        QCOMPARE(flow->page(), QString("pageBlockedPuk_2"));
+        QVERIFY(log.lines().contains("New and repeat pins meet criterias (unblock PIN) "));
+        QVERIFY(flow->loaderShown());
+        QCOMPARE(flow->label("loadingDesc")->text(), text);
+        QCOMPARE(field("lineRepeatPinPuk")->text(), QString());
+        QVERIFY(flow->waitForPage("pageCorrectChange"));
     }
 };
 

@@ -2,11 +2,42 @@
 
 #include "support/testmain.h"
 
+#include <QSslCertificate>
+
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+
 #include <ctime>
+#include <memory>
 
 // What the card of a certificate says, and how cards stand beside each other.
 class TestCertificateText : public QObject {
     Q_OBJECT
+
+private:
+    using Entries = QList<QPair<const char *, const char *>>;
+
+    // A certificate whose issuer has these entries in this order.
+    static QSslCertificate issuedBy(const Entries &entries)
+    {
+        const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
+        const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+        const std::unique_ptr<X509_NAME, decltype(&X509_NAME_free)> name(X509_NAME_new(), X509_NAME_free);
+        for (const auto &entry : entries)
+            X509_NAME_add_entry_by_txt(name.get(), entry.first, MBSTRING_UTF8,
+                                       reinterpret_cast<const unsigned char *>(entry.second), -1, -1, 0);
+        X509_set_issuer_name(certificate.get(), name.get());
+        X509_set_subject_name(certificate.get(), name.get());
+        X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
+        X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 1000);
+        X509_set_pubkey(certificate.get(), key.get());
+        X509_sign(certificate.get(), key.get(), EVP_sha256());
+        unsigned char *bytes = nullptr;
+        const int size = i2d_X509(certificate.get(), &bytes);
+        const QByteArray der(reinterpret_cast<const char *>(bytes), size);
+        OPENSSL_free(bytes);
+        return QSslCertificate(der, QSsl::Der);
+    }
 
 private slots:
     void initTestCase()
@@ -34,6 +65,23 @@ private slots:
     {
         QFETCH(QStringList, parts);
         QTEST(CertificateText::issuer(parts), "shown");
+    }
+
+    void entryThatIsRepeatedIsJoinedByBlanks()
+    {
+        const QSslCertificate certificate = issuedBy({ { "C", "PL" },
+                                                       { "O", "Urząd" },
+                                                       { "OU", "Wydział" },
+                                                       { "OU", "Referat" },
+                                                       { "CN", "Centrum" },
+                                                       { "CN", "Dowody" },
+                                                       { "CN", "WZÓR" } });
+        QVERIFY(!certificate.isNull());
+
+        const QString shown = CertificateText::issuer(certificate);
+
+        // In the order in which the toolkit lists them, which begins with the last.
+        QCOMPARE(shown, QString("WZÓR Dowody Centrum, Urząd, Referat Wydział, PL"));
     }
 
     void dateIsThatOfTheMachinesTimeZone_data()

@@ -194,7 +194,11 @@ void Window::loadedPhoto(const QByteArray &dg2)
         HomeCards::accessibleText("Twoje dane z velmor: zdjęcie seria i numer dowodu: " + ui->lNumIdVal->text()
                                   + " data ważności " + ui->lExpDateVal->text() + " imiona: "
                                   + ui->lCommonNameVal->text() + " nazwisko: " + ui->lsurnameVal->text()));
-    focusAloud(ui->widgetBlurICAO);
+    if (isPage(ui->pageAllData))
+        showPhotoIn(ui->lPhotoLarge);
+    // On a slow card the user may have gone on meanwhile, and what is typed there must not go astray.
+    if (isPage(ui->pageHome))
+        focusAloud(ui->widgetBlurICAO);
     checkReaderWarning(ui->cbReaders->currentText());
 }
 

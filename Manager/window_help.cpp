@@ -39,6 +39,7 @@ void Window::moveToHelpPage()
     ui->bHelp->setEnabled(false);
     ui->cbReaders->setEnabled(false);
     ui->frameReaders->hide();
+    forgetPinEntries();
     setPageTitle("Pomoc");
     qDebug().noquote() << "show help";
     ui->pager->setCurrentWidget(ui->pageHelp);

@@ -147,7 +147,8 @@ void Window::clearPinFields()
         hint->hide();
 }
 
-// On whichever page they are.
+// On whichever page they are: from the settings and the help nobody comes back to what was typed, and after a success
+// nothing that an earlier operation has left is of use.
 void Window::forgetPinEntries()
 {
     for (QLineEdit *field : { ui->lineActualPin, ui->lineNewPin, ui->lineRepeatPin, ui->lineInsertPuk,
@@ -224,8 +225,10 @@ void Window::changePinFin(int res)
         return;
     }
     qDebug().noquote() << outcome->log;
-    if (res == 0)
+    if (res == 0) {
         clearPinFields();
+        forgetPinEntries();
+    }
     if ((res == -6 || res == -1) && !pinMayBeTriedAgain())
         return;
     showResultPage(outcome->text, outcome->colour, PinTexts::ChangeTitle);

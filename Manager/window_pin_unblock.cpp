@@ -190,6 +190,7 @@ void Window::unblockPinFin(int res)
     if (res == 0) {
         setFieldStyle(ui->lineInsertPuk, true);
         clearPinFields();
+        forgetPinEntries();
     }
     if (res == -4 || res == -1) {
         showFieldHint(ui->lPinInfoPuk, "red", "Niepoprawny PUK. Popraw PUK.");

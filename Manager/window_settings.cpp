@@ -27,6 +27,7 @@ void Window::moveToSettingsPage(bool standalone)
     ui->bSettings->setEnabled(false);
     ui->cbReaders->setEnabled(false);
     ui->frameReaders->hide();
+    forgetPinEntries();
     setPageTitle("Ustawienia");
     qDebug().noquote() << "show settings";
     reloadSettingPage();

@@ -1,5 +1,7 @@
 #include "support/pin_flow.h"
 
+#include "base/ipc_msg.h"
+
 #include <QAccessible>
 
 // No PIN and no PUK is ever in the log, the trace, an accessible name or a visible text, nor in a field for longer than
@@ -141,6 +143,10 @@ private slots:
         QTest::addColumn<QByteArray>("button");
         QTest::newRow("change") << "anna" << QByteArray("bCancel");
         QTest::newRow("unblock") << "locked-pins" << QByteArray("bCancel_2");
+        for (const char *button : { "bSettings", "bHelp" }) {
+            QTest::addRow("change, %s", button) << "anna" << QByteArray(button);
+            QTest::addRow("unblock, %s", button) << "locked-pins" << QByteArray(button);
+        }
     }
     void leavingThePageEmptiesIt()
     {
@@ -156,6 +162,79 @@ private slots:
 
         flow->click(button.constData());
 
+        QCOMPARE(typed(), QString());
+    }
+
+    // What a message has moved out of sight goes as well.
+    void messageDuringTheOperationEmptiesThePage_data()
+    {
+        QTest::addColumn<QString>("card");
+        QTest::addColumn<QByteArray>("command");
+        for (const char *card : { "anna", "locked-pins" }) {
+            for (const char *command : { "settings", "help" })
+                QTest::addRow("%s, %s", card, command) << card << QByteArray(command);
+        }
+    }
+    void messageDuringTheOperationEmptiesThePage()
+    {
+        QFETCH(QString, card);
+        QFETCH(QByteArray, command);
+        const bool changing = card == "anna";
+        QVERIFY(flow->start(card.toStdString()));
+        flow->openPinPage(sim::Authentication);
+        if (changing)
+            flow->typeChange("1234", newPin, newPin);
+        else
+            flow->typeUnblock(puk, newPin, newPin);
+        sim::Fault hold;
+        hold.function = changing ? "C_SetPIN" : "C_InitPIN";
+        hold.block = true;
+        QVERIFY(flow->world.addFault(hold));
+        flow->click(changing ? "bChangePin" : "bChangePinPuk");
+        QVERIFY(flow->waitForPad());
+
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { command, "1" } });
+
+        QCOMPARE(typed(), QString());
+        flow->world.release();
+        QVERIFY(flow->waitForPage("pageCorrectChange"));
+        QCOMPARE(flow->resultText(), QString(changing ? "PIN został zmieniony" : "PIN został odblokowany"));
+        QCOMPARE(typed(), QString());
+    }
+
+    // Nothing is left to be used by anyone, also of what a cancelled operation has left on the other page.
+    void successEmptiesBothPages_data()
+    {
+        QTest::addColumn<bool>("changing");
+        QTest::newRow("change") << true;
+        QTest::newRow("unblock") << false;
+    }
+    void successEmptiesBothPages()
+    {
+        QFETCH(bool, changing);
+        QVERIFY(flow->start("locked-authorization"));
+        flow->openPinPage(changing ? sim::Authorization : sim::Authentication);
+        if (changing) {
+            flow->typeUnblock(puk, "582713", "582713");
+            flow->window->unblockPinFin(-8);
+        } else {
+            flow->typeChange("1234", newPin, newPin);
+            flow->window->changePinFin(-8);
+        }
+        flow->click("bWrocPin");
+        QVERIFY(!typed().isEmpty());
+
+        flow->openPinPage(changing ? sim::Authentication : sim::Authorization);
+        if (changing) {
+            flow->typeChange("1234", newPin, newPin);
+            flow->click("bChangePin");
+        } else {
+            flow->typeUnblock(puk, "582713", "582713");
+            flow->click("bChangePinPuk");
+        }
+        QVERIFY(flow->waitForPage("pageCorrectChange"));
+
+        QCOMPARE(flow->resultText(), QString(changing ? "PIN został zmieniony" : "PIN został odblokowany"));
         QCOMPARE(typed(), QString());
     }
 

@@ -18,8 +18,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
 #include <QScreen>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <algorithm>
 #include <cstdio>
@@ -74,6 +76,19 @@ bool isWanted(const QString &state, const QStringList &words)
         || std::any_of(words.begin(), words.end(), [&state](const QString &word) { return state.startsWith(word); });
 }
 
+// The windows have started the Monitor, which outlives them and would keep its files in a home that goes.
+void endMonitor()
+{
+    const auto runs = [] { return Common::isAppRunning("Monitor", Common::productName().toLatin1()); };
+    if (!runs())
+        return;
+    QProcess::execute(QCoreApplication::applicationDirPath() + "/velmor-sim",
+                      { "send", "velmor_monitor", "close", "1" });
+    constexpr int patience = 100;
+    for (int i = 0; i < patience && runs(); ++i)
+        QThread::msleep(20);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -103,5 +118,6 @@ int main(int argc, char *argv[])
             done = visit(tour, state) && done;
     }
     done = tour.contactSheet() && done;
+    endMonitor();
     return done ? 0 : 1;
 }

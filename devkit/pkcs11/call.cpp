@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <memory>
 
 #include "simworld/cryptoki_names.h"
 #include "simworld/world_ops.h"
@@ -207,9 +208,14 @@ void Call::takeFault(const Fault &fault)
 void Call::waitForRelease()
 {
     writeTrace(traceWaiting);
-    const WaitingNote note(worldStore->waitingFolder());
-    while (worldStore->releases() == releasesBefore)
-        platform::sleepCancellable(pollMs);
+    // With the first question: whoever has seen the note finds this thread waiting.
+    platform::waitCancellable(
+        [store = worldStore, before = releasesBefore, note = std::shared_ptr<WaitingNote>()]() mutable {
+            if (!note)
+                note = std::make_shared<WaitingNote>(store->waitingFolder());
+            return store->releases() != before;
+        },
+        pollMs);
 }
 
 // True if what this call is about has gone.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -52,7 +53,7 @@ private:
 };
 
 // Keeps a forced end of the thread (pthread_cancel) away while the library works, since it could strike in any file
-// access and leave the world half changed. Only sleepCancellable lets it in.
+// access and leave the world half changed. Only the two functions below let it in.
 class CancelGuard {
 public:
     CancelGuard();
@@ -63,6 +64,11 @@ public:
 private:
     int before = 0;
 };
+
+// Waits until `done` says yes; it is asked at once and then every `pollMs`. A cancellation point as below. On Windows
+// another thread asks: one that is ended by force while it opens a file or allocates memory would keep locks of the
+// system for ever, one that only waits keeps none.
+void waitCancellable(std::function<bool()> done, int pollMs);
 
 // A cancellation point, also inside a CancelGuard. Never call it with a lock held or in a function that is noexcept.
 void sleepCancellable(int ms);

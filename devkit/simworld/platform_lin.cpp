@@ -190,6 +190,12 @@ CancelGuard::~CancelGuard()
     pthread_setcancelstate(before, &ignored);
 }
 
+void waitCancellable(std::function<bool()> done, int pollMs)
+{
+    while (!done())
+        sleepCancellable(pollMs);
+}
+
 void sleepCancellable(int ms)
 {
     int before = 0;

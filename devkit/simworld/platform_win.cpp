@@ -1,6 +1,7 @@
 #include "simworld/platform.h"
 
 #include <chrono>
+#include <memory>
 
 #include <windows.h>
 
@@ -245,6 +246,43 @@ FileLock::~FileLock()
 // A thread is ended from outside at once here; there is nothing to hold off.
 CancelGuard::CancelGuard() = default;
 CancelGuard::~CancelGuard() = default;
+
+namespace {
+
+struct Watch {
+    std::function<bool()> done;
+    DWORD pollMs = 0;
+    HANDLE waiter = nullptr; // the waiting thread
+    HMODULE code = nullptr; // kept in memory until the watch has ended, which can be after a forced end of the waiter
+};
+
+DWORD WINAPI watch(void *argument)
+{
+    std::unique_ptr<Watch> watched(static_cast<Watch *>(argument));
+    while (!watched->done() && WaitForSingleObject(watched->waiter, watched->pollMs) == WAIT_TIMEOUT) { }
+    CloseHandle(watched->waiter);
+    HMODULE code = watched->code;
+    watched.reset();
+    FreeLibraryAndExitThread(code, 0);
+}
+
+} // namespace
+
+void waitCancellable(std::function<bool()> done, int pollMs)
+{
+    auto watched = std::make_unique<Watch>();
+    watched->done = std::move(done);
+    watched->pollMs = static_cast<DWORD>(pollMs);
+    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &watched->waiter, 0, FALSE,
+                    DUPLICATE_SAME_ACCESS);
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&watch), &watched->code);
+    HANDLE thread = CreateThread(nullptr, 0, watch, watched.get(), 0, nullptr);
+    if (thread == nullptr)
+        return;
+    static_cast<void>(watched.release()); // the thread owns it
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+}
 
 void sleepCancellable(int ms)
 {

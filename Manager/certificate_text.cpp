@@ -31,7 +31,7 @@ int columns(int cards)
 
 int rows(int cards)
 {
-    return static_cast<int>(cards * 0.5 + 0.5);
+    return (cards + 1) / 2;
 }
 
 } // namespace CertificateText

@@ -59,7 +59,7 @@ QStringList flatpakFolders()
 QString programOf(const Application &app)
 {
     for (const QString &program : app.programs) {
-        const QString path = QStandardPaths::findExecutable(program);
+        QString path = QStandardPaths::findExecutable(program);
         if (!path.isEmpty())
             return path;
     }
@@ -71,7 +71,7 @@ QString programOf(const Application &app)
 QString OsLinux::which(const QString &name)
 {
     // A path instead of a name would be taken as it stands.
-    const QString path = name.contains('/') ? QString() : programOf(application(name));
+    QString path = name.contains('/') ? QString() : programOf(application(name));
     qDebug().noquote() << "which" << name << path;
     return path;
 }

@@ -15,7 +15,7 @@ QString attribute(const QString &device, const char *name)
 QString deviceName(const QString &device)
 {
     const QString maker = attribute(device, "manufacturer");
-    const QString product = attribute(device, "product");
+    QString product = attribute(device, "product");
     const QString vendorNumber = attribute(device, "idVendor");
     if (product.isEmpty())
         return vendorNumber.isEmpty() ? QString() : vendorNumber + ':' + attribute(device, "idProduct");

@@ -68,7 +68,7 @@ private:
 // Waits until `done` says yes; it is asked at once and then every `pollMs`. A cancellation point as below. On Windows
 // another thread asks: one that is ended by force while it opens a file or allocates memory would keep locks of the
 // system for ever, one that only waits keeps none.
-void waitCancellable(std::function<bool()> done, int pollMs);
+void waitCancellable(const std::function<bool()> &done, int pollMs);
 
 // A cancellation point, also inside a CancelGuard. Never call it with a lock held or in a function that is noexcept.
 void sleepCancellable(int ms);

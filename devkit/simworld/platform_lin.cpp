@@ -190,7 +190,7 @@ CancelGuard::~CancelGuard()
     pthread_setcancelstate(before, &ignored);
 }
 
-void waitCancellable(std::function<bool()> done, int pollMs)
+void waitCancellable(const std::function<bool()> &done, int pollMs)
 {
     while (!done())
         sleepCancellable(pollMs);

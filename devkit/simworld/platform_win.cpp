@@ -268,10 +268,10 @@ DWORD WINAPI watch(void *argument)
 
 } // namespace
 
-void waitCancellable(std::function<bool()> done, int pollMs)
+void waitCancellable(const std::function<bool()> &done, int pollMs)
 {
     auto watched = std::make_unique<Watch>();
-    watched->done = std::move(done);
+    watched->done = done;
     watched->pollMs = static_cast<DWORD>(pollMs);
     DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &watched->waiter, 0, FALSE,
                     DUPLICATE_SAME_ACCESS);

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMutex>
 
 #include <cstdio>
 
@@ -28,11 +29,17 @@ LogState &state()
 void appendLine(const QString &path, const QString &text)
 {
     const QString line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + ' ' + text;
-    std::FILE *file = Platform::openForAppending(path);
-    if (!file)
-        return;
-    std::fprintf(file, "%s\n", line.toLocal8Bit().constData());
-    std::fclose(file);
+    // Not every system appends as one step, so the threads take turns. A thread that was ended by force while it had the
+    // turn must not silence the others: they wait a moment and write all the same.
+    static QMutex turn;
+    constexpr int patience = 1000;
+    const bool mine = turn.tryLock(patience);
+    if (std::FILE *file = Platform::openForAppending(path)) {
+        std::fprintf(file, "%s\n", line.toLocal8Bit().constData());
+        std::fclose(file);
+    }
+    if (mine)
+        turn.unlock();
 }
 
 void printLine(const QString &text)

@@ -5,8 +5,9 @@
 #include <QFileSystemWatcher>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
-// Tells when the simulated world has changed, by the events of its folder.
+// Tells when the simulated world has changed, by the events of its folder; one change may be told twice.
 class WorldWatcher : public QObject {
     Q_OBJECT
 
@@ -27,4 +28,5 @@ private:
     sim::SimWorld simWorld;
     QString folder;
     QFileSystemWatcher watcher;
+    QTimer afterwards;
 };

@@ -42,6 +42,15 @@ private:
         QVERIFY(flow->showCard("anna"));
         openSettings();
     }
+    // A folder stands where its file should be.
+    void tickFirefoxThatCannotBeWritten(const ProfileFolder &files) const
+    {
+        flow->openWindow();
+        openSettings();
+        QFile::remove(files.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
+        check("Firefox")->setChecked(true);
+    }
 
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
@@ -243,11 +252,7 @@ private slots:
         if (Platform::word() != "lin")
             QSKIP("What is installed is read from the registry here");
         const ProfileFolder files = profile("70.0");
-        flow->openWindow();
-        openSettings();
-        QFile::remove(files.path("pkcs11.txt"));
-        QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
-        check("Firefox")->setChecked(true);
+        tickFirefoxThatCannotBeWritten(files);
         PopupCloser popups;
 
         flow->button("bIntegrate")->click();
@@ -267,11 +272,7 @@ private slots:
         if (Platform::word() != "lin")
             QSKIP("What is installed is read from the registry here");
         const ProfileFolder files = profile("70.0");
-        flow->openWindow();
-        openSettings();
-        QFile::remove(files.path("pkcs11.txt"));
-        QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
-        check("Firefox")->setChecked(true);
+        tickFirefoxThatCannotBeWritten(files);
         check(family)->setChecked(true);
         PopupCloser popups;
         popups.meanwhile = [this] { flow->window->moveToSettingsPage(false); };

@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QList>
 
+#include <memory>
+
 // A transport that keeps every byte: what a program sends lies in `sent` until it is carried to another program's
 // `receive`. For exchanges whose raw bytes the shared segments would change.
 class ByteBusProgram : public IpcBase {
@@ -42,4 +44,18 @@ public:
 
 private:
     QByteArray ownName;
+};
+
+// Two that talk over it, and the replies that came to the test's slot.
+struct ByteBusPair {
+    std::unique_ptr<ByteBusProgram> manager;
+    std::unique_ptr<ByteBusProgram> monitor;
+    QList<IpcMsg> replies;
+
+    void renew()
+    {
+        manager = std::make_unique<ByteBusProgram>("velmor_manager");
+        monitor = std::make_unique<ByteBusProgram>("velmor_monitor");
+        replies.clear();
+    }
 };

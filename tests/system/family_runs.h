@@ -10,6 +10,23 @@
 // The programs of the family as processes: an installation with all of them, and their ends with the test's.
 class FamilyRuns : public ProgramRuns {
 public:
+    static constexpr int patience = 15000;
+    sim::SimWorld world;
+
+    void beginFamily()
+    {
+        QDir().mkpath(logFolder());
+        QVERIFY2(world.reset(), world.error().c_str());
+    }
+
+    // With a card on the screen, so away from the opening page.
+    void startWithCard(const char *reader)
+    {
+        QVERIFY(world.insertCard(reader, "anna"));
+        startManager({ "-r", QString("0:%1||").arg(reader) });
+        QTRY_VERIFY_WITH_TIMEOUT(logHas("all certs loaded"), patience);
+    }
+
     static QString siblingPath(const QString &name)
     {
 #ifdef Q_OS_WIN
@@ -59,5 +76,6 @@ public:
         // What a killed instance left.
         CommonAppLock left("velmor_manager");
         left.isHeld();
+        QDir(logFolder()).removeRecursively();
     }
 };

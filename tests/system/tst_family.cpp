@@ -16,17 +16,7 @@ class TestFamily : public QObject, private FamilyRuns {
     Q_OBJECT
 
 private:
-    static constexpr int patience = 15000;
     static constexpr int segmentSize = 500;
-    sim::SimWorld world;
-
-    // With a card on the screen, so away from the opening page.
-    void startWithCard()
-    {
-        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
-        startManager({ "-r", "0:Czytnik Alfa||" });
-        QTRY_VERIFY_WITH_TIMEOUT(logHas("all certs loaded"), patience);
-    }
 
     void startAndWaitForTheMonitor()
     {
@@ -50,16 +40,8 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        QDir().mkpath(logFolder());
-        QVERIFY2(world.reset(), world.error().c_str());
-    }
-    void cleanup()
-    {
-        endFamily();
-        QDir(logFolder()).removeRecursively();
-    }
+    void init() { beginFamily(); }
+    void cleanup() { endFamily(); }
 
     // Start
 
@@ -268,7 +250,7 @@ private slots:
 
     void cardsComeAndGoByThemselves()
     {
-        startWithCard();
+        startWithCard("Czytnik Alfa");
 
         QVERIFY(world.removeCard("Czytnik Alfa"));
         QTRY_VERIFY_WITH_TIMEOUT(logHas("readers:NO_CARD"), patience);

@@ -5,32 +5,19 @@ class TestFamilyCan : public QObject, private FamilyRuns {
     Q_OBJECT
 
 private:
-    static constexpr int patience = 15000;
-    sim::SimWorld world;
-
-    // With the card on the screen.
-    void startWithCard()
+    void startBesideTheMonitor()
     {
-        QVERIFY(world.insertCard("Antena Gamma", "anna"));
-        startManager({ "-r", "0:Antena Gamma||" });
-        QTRY_VERIFY_WITH_TIMEOUT(logHas("all certs loaded") && runs("Monitor"), patience);
+        startWithCard("Antena Gamma");
+        QTRY_VERIFY_WITH_TIMEOUT(runs("Monitor"), patience);
     }
 
 private slots:
-    void init()
-    {
-        QDir().mkpath(logFolder());
-        QVERIFY2(world.reset(), world.error().c_str());
-    }
-    void cleanup()
-    {
-        endFamily();
-        QDir(logFolder()).removeRecursively();
-    }
+    void init() { beginFamily(); }
+    void cleanup() { endFamily(); }
 
     void cardThatWaitsForItsCanBringsUpTheProgramThatAsks()
     {
-        startWithCard();
+        startBesideTheMonitor();
 
         QVERIFY(world.setWaitCan("Antena Gamma", true));
 
@@ -45,7 +32,7 @@ private slots:
     void userWhoClosesTheQuestionIsNotAskedAgain()
     {
         const QString told = "recv canAppStatus:canClosed, from:velmor_monitor, readers:WAIT_CAN, to:velmor_manager";
-        startWithCard();
+        startBesideTheMonitor();
         QVERIFY(world.setWaitCan("Antena Gamma", true));
         QTRY_VERIFY_WITH_TIMEOUT(logHas("recv canAppStatus:canOpened"), patience);
 

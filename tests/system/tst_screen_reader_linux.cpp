@@ -38,8 +38,8 @@ private:
         session.setProcessChannelMode(QProcess::MergedChannels);
         arguments.first().prepend(folder());
         session.start(folder() + "session", QStringList { "/usr/bin/python3", "-B" } + arguments);
-        constexpr int patience = 150000;
-        if (!session.waitForFinished(patience)) {
+        constexpr int storyPatience = 150000;
+        if (!session.waitForFinished(storyPatience)) {
             session.kill();
             session.waitForFinished();
         }

@@ -6,6 +6,21 @@
 class TestIntegrator : public QObject, private IntegratorFixture {
     Q_OBJECT
 
+    // A place for boxes in the order of the keyboard.
+    struct BoxesBetweenButtons {
+        BoxesBetweenButtons()
+        {
+            auto *column = new QVBoxLayout(&window);
+            column->addWidget(ahead);
+            column->addLayout(checks);
+            column->addWidget(behind);
+        }
+        QWidget window;
+        QPushButton *ahead = new QPushButton("a");
+        QPushButton *behind = new QPushButton("b");
+        QVBoxLayout *checks = new QVBoxLayout;
+    };
+
 private slots:
     void initTestCase()
     {
@@ -49,51 +64,37 @@ private slots:
 
     void boxesFollowTheWidgetAheadInTheirOrder()
     {
-        QWidget window;
-        auto *column = new QVBoxLayout(&window);
-        auto *ahead = new QPushButton("a");
-        auto *behind = new QPushButton("b");
-        auto *checks = new QVBoxLayout;
-        column->addWidget(ahead);
-        column->addLayout(checks);
-        column->addWidget(behind);
+        BoxesBetweenButtons boxes;
 
-        integrator->checksCreate(checks, ahead);
+        integrator->checksCreate(boxes.checks, boxes.ahead);
 
-        QCOMPARE(ahead->nextInFocusChain()->objectName(), QString("Firefox"));
-        QCOMPARE(ahead->nextInFocusChain()->nextInFocusChain()->objectName(), QString(family));
-        QCOMPARE(ahead->nextInFocusChain()->nextInFocusChain()->nextInFocusChain(), behind);
+        QCOMPARE(boxes.ahead->nextInFocusChain()->objectName(), QString("Firefox"));
+        QCOMPARE(boxes.ahead->nextInFocusChain()->nextInFocusChain()->objectName(), QString(family));
+        QCOMPARE(boxes.ahead->nextInFocusChain()->nextInFocusChain()->nextInFocusChain(), boxes.behind);
     }
 
     void withoutAnApplicationALabelSaysSo()
     {
-        QWidget window;
-        auto *column = new QVBoxLayout(&window);
-        auto *ahead = new QPushButton("a");
-        auto *behind = new QPushButton("b");
-        auto *checks = new QVBoxLayout;
-        column->addWidget(ahead);
-        column->addLayout(checks);
-        column->addWidget(behind);
+        BoxesBetweenButtons boxes;
 
         addApplicationChecks(
-            checks, {}, [](const QString &) { return true; }, ahead);
+            boxes.checks, {}, [](const QString &) { return true; }, boxes.ahead);
 
-        QCOMPARE(checks->count(), 1);
-        const auto *label = qobject_cast<QLabel *>(checks->itemAt(0)->widget());
+        QCOMPARE(boxes.checks->count(), 1);
+        const auto *label = qobject_cast<QLabel *>(boxes.checks->itemAt(0)->widget());
         QVERIFY(label);
         QCOMPARE(label->text(), QString("Brak zainstalowanych przeglądarek wymagających integracji"));
         QVERIFY(label->wordWrap());
         QCOMPARE(label->property("class").toString(), QString("no_apps_to_integrity"));
         QCOMPARE(label->focusPolicy(), Qt::StrongFocus);
-        QCOMPARE(ahead->nextInFocusChain(), label);
+        QCOMPARE(boxes.ahead->nextInFocusChain(), label);
 
-        integrator->checksSubmit(checks);
+        integrator->checksSubmit(boxes.checks);
         QCOMPARE(integrator->resultText(), QString());
-        Integrator::checksClear(checks);
+        Integrator::checksClear(boxes.checks);
         addApplicationChecks(
-            checks, {}, [](const QString &) { return true; }, nullptr);
-        QCOMPARE(checks->count(), 1);
+            boxes.checks, {}, [](const QString &) { return true; }, nullptr);
+        QCOMPARE(boxes.checks->count(), 1);
     }
 
     void clearedLayoutLosesEverythingInIt()

@@ -4,14 +4,10 @@
 #include "support/testmain.h"
 
 // Addressing, key exchange and encrypted messages, over a transport that keeps every byte.
-class TestIpcBase : public QObject {
+class TestIpcBase : public QObject, private ByteBusPair {
     Q_OBJECT
 
 private:
-    std::unique_ptr<ByteBusProgram> manager;
-    std::unique_ptr<ByteBusProgram> monitor;
-    QList<IpcMsg> replies;
-
     // All entries in one line.
     static QByteArray textOf(const IpcMsg &message) { return message.serialize(); }
 
@@ -43,12 +39,7 @@ public slots:
 private slots:
     void initTestCase() { qRegisterMetaType<IpcMsg>("IpcMsg"); }
 
-    void init()
-    {
-        manager = std::make_unique<ByteBusProgram>("velmor_manager");
-        monitor = std::make_unique<ByteBusProgram>("velmor_monitor");
-        replies.clear();
-    }
+    void init() { renew(); }
 
     void plainMessageIsHandedOnAsItIs()
     {

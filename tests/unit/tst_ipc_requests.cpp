@@ -4,13 +4,8 @@
 #include <QRegularExpression>
 
 // Requests whose answers go to a slot: their addresses, the time-out, and answers that nobody waits for.
-class TestIpcRequests : public QObject {
+class TestIpcRequests : public QObject, private ByteBusPair {
     Q_OBJECT
-
-private:
-    std::unique_ptr<ByteBusProgram> manager;
-    std::unique_ptr<ByteBusProgram> monitor;
-    QList<IpcMsg> replies;
 
 public slots:
     void takeReply(const IpcMsg &message) { replies << message; }
@@ -18,12 +13,7 @@ public slots:
 private slots:
     void initTestCase() { qRegisterMetaType<IpcMsg>("IpcMsg"); }
 
-    void init()
-    {
-        manager = std::make_unique<ByteBusProgram>("velmor_manager");
-        monitor = std::make_unique<ByteBusProgram>("velmor_monitor");
-        replies.clear();
-    }
+    void init() { renew(); }
 
     void requestCarriesAnAddressForItsReply()
     {

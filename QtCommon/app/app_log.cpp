@@ -17,6 +17,7 @@ struct LogState {
     QString logDir;
     QString logFile;
     QElapsedTimer timer;
+    QMutex turn; // to append
 };
 
 // Never destroyed: the last lines are written while the process-wide objects go.
@@ -31,7 +32,7 @@ void appendLine(const QString &path, const QString &text)
     const QString line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + ' ' + text;
     // Not every system appends as one step, so the threads take turns. A thread that was ended by force while it had the
     // turn must not silence the others: they wait a moment and write all the same.
-    static QMutex turn;
+    QMutex &turn = state().turn;
     constexpr int patience = 1000;
     const bool mine = turn.tryLock(patience);
     if (std::FILE *file = Platform::openForAppending(path)) {

@@ -30,8 +30,8 @@ LogState &state()
 void appendLine(const QString &path, const QString &text)
 {
     const QString line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + ' ' + text;
-    // Not every system appends as one step, so the threads take turns. A thread that was ended by force while it had the
-    // turn must not silence the others: they wait a moment and write all the same.
+    // Not every system appends as one step, so the threads take turns. A thread that was ended by force while it had
+    // the turn must not silence the others: they wait a moment and write all the same.
     QMutex &turn = state().turn;
     constexpr int patience = 1000;
     const bool mine = turn.tryLock(patience);

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTcpServer>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -34,9 +35,9 @@ private:
     static QString firefoxRoot() { return Os().profilesRoot("Firefox"); }
     static QString sharedDatabase() { return QDir::homePath() + "/.pki/nssdb"; }
 
-    int run(const QString &program, const QStringList &args, bool loadsModule = false)
+    // On its own, away from the screen and the session of this machine.
+    static void start(QProcess &process, const QString &program, const QStringList &args, bool loadsModule = false)
     {
-        QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char *variable : { "QT_QPA_PLATFORM", "DISPLAY", "DBUS_SESSION_BUS_ADDRESS" })
             environment.remove(variable);
@@ -48,6 +49,11 @@ private:
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.setStandardInputFile(QProcess::nullDevice());
         process.start(program, args);
+    }
+    int run(const QString &program, const QStringList &args, bool loadsModule = false)
+    {
+        QProcess process;
+        start(process, program, args, loadsModule);
         const bool ended = process.waitForFinished(patience);
         output = process.readAll();
         if (!ended)
@@ -87,6 +93,34 @@ private:
     bool certutilReads(const QString &folder)
     {
         return run("certutil", { "-L", "-d", "sql:" + folder }, true) == 0 && output.contains("Certificate Nickname");
+    }
+
+    static QStringList chromiumArguments(const QStringList &last)
+    {
+        return QStringList { "--headless=new", "--no-sandbox",
+                             "--disable-gpu",  "--enable-logging=stderr",
+                             "--v=0",          "--user-data-dir=" + QDir::homePath() + "/chromium" }
+        + last;
+    }
+    static QString freePort()
+    {
+        QTcpServer server;
+        server.listen(QHostAddress::LocalHost);
+        return QString::number(server.serverPort());
+    }
+    // A server on this machine that wants to see its visitor's certificate. False if it does not come up.
+    bool startServer(QProcess &server, const QString &port)
+    {
+        const QString key = TestHome::path() + "/key.pem";
+        const QString certificate = TestHome::path() + "/certificate.pem";
+        if (run("openssl",
+                { "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", key, "-out", certificate, "-subj",
+                  "/CN=localhost" })
+            != 0)
+            return false;
+        start(server, "openssl",
+              { "s_server", "-accept", port, "-key", key, "-cert", certificate, "-Verify", "1", "-www" });
+        return QTest::qWaitFor([&server] { return server.readAll().contains("ACCEPT"); }, patience);
     }
 
     void submit(const char *app, bool ticked)
@@ -225,14 +259,35 @@ private slots:
             QSKIP("Its processes cannot load a library under a sanitizer");
         submit(family, true);
         const QString picture = TestHome::path() + "/shot.png";
-        QCOMPARE(run("chromium",
-                     { "--headless=new", "--no-sandbox", "--disable-gpu", "--enable-logging=stderr", "--v=0",
-                       "--user-data-dir=" + QDir::homePath() + "/chromium", "--screenshot=" + picture, "about:blank" }),
-                 0);
+        QCOMPARE(run("chromium", chromiumArguments({ "--screenshot=" + picture, "about:blank" })), 0);
         QVERIFY2(QFile::exists(picture), output);
         for (const QByteArray &line : output.split('\n')) {
             for (const char *word : { "nss", "pkcs", "velmor", "certificate" })
                 QVERIFY2(!line.toLower().contains(word), line);
+        }
+    }
+
+    void chromiumLooksForCertificatesOnTheCard()
+    {
+        for (const char *program : { "chromium", "openssl" }) {
+            if (!isInstalled(program))
+                QSKIP(program);
+        }
+        if (qEnvironmentVariableIsSet("VELMOR_SANITIZER_LIBRARY"))
+            QSKIP("Its processes cannot load a library under a sanitizer");
+        submit(family, true);
+        QVERIFY(world.trace().empty());
+        const QString port = freePort();
+        QProcess server;
+        QVERIFY2(startServer(server, port), output);
+
+        QProcess chromium;
+        start(chromium, "chromium", chromiumArguments({ "--ignore-certificate-errors", "https://localhost:" + port }));
+
+        QTRY_VERIFY2_WITH_TIMEOUT(!world.trace("C_FindObjects").empty(), chromium.peek(2000), patience);
+        for (QProcess *process : { &chromium, &server }) {
+            process->terminate();
+            QVERIFY(process->waitForFinished());
         }
     }
 };

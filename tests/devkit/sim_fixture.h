@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,15 @@ public:
         QVERIFY2(world.insertCard("R", card), world.error().c_str());
         QCOMPARE(p11->C_Initialize(nullptr), CK_RV(CKR_OK));
         world.clearTrace();
+    }
+
+    // A fault of this function, as the caller fills it in.
+    void fault(const std::string &function, const std::function<void(sim::Fault &)> &fillIn)
+    {
+        sim::Fault fault;
+        fault.function = function;
+        fillIn(fault);
+        QVERIFY2(world.addFault(fault), world.error().c_str());
     }
 
     std::vector<CK_SLOT_ID> slotIds(bool withCardOnly = false)

@@ -26,27 +26,12 @@ private slots:
     void aLaterBlockNeedsAReleaseOfItsOwn();
     void blockedThreadCanBeEndedAndTheLibraryGoesOn();
     void resetReleasesWhatIsBlocked();
-    void descriptionIsRawBytes();
-    void labelIsRawBytes();
-    void flagsAreReplaced();
-    void slotCountChangesBetweenTheCalls();
-    void objectCountIsNonsense();
-    void lengthIsUnavailable();
-    void secondLengthIsLargerThanTheFirst();
     void readerGoesInTheMiddleOfACall();
     void cardGoesInTheMiddleOfACall();
     void cardGoesWhileSomethingElseIsAsked();
     void badFaultsAreRefused();
 
 private:
-    void fault(const std::string &function, const std::function<void(sim::Fault &)> &what)
-    {
-        sim::Fault fault;
-        fault.function = function;
-        what(fault);
-        QVERIFY2(sim.world.addFault(fault), sim.world.error().c_str());
-    }
-
     CK_RV slotCount()
     {
         CK_ULONG count = 0;
@@ -59,7 +44,7 @@ private:
 void TstSimFaults::resultReplacesTheWorkOnceAtTheNthCall()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) {
+    sim.fault("C_GetSlotList", [](sim::Fault &f) {
         f.nth = 3;
         f.result = CKR_DEVICE_ERROR;
     });
@@ -76,7 +61,7 @@ void TstSimFaults::resultReplacesTheWorkOnceAtTheNthCall()
 void TstSimFaults::everyCallFailsUntilCleared()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) {
+    sim.fault("C_GetSlotList", [](sim::Fault &f) {
         f.nth = 0;
         f.result = CKR_HOST_MEMORY;
     });
@@ -92,7 +77,7 @@ void TstSimFaults::resultAfterTheWorkLeavesItDone()
 {
     sim.start("anna");
     const CK_SESSION_HANDLE session = sim.open("Authentication");
-    fault("C_SetPIN", [](sim::Fault &f) {
+    sim.fault("C_SetPIN", [](sim::Fault &f) {
         f.result = CKR_DEVICE_ERROR;
         f.afterWork = true;
     });
@@ -101,7 +86,7 @@ void TstSimFaults::resultAfterTheWorkLeavesItDone()
     COMPARE_RV(sim.setPin(session, "1234", "4321"), CKR_DEVICE_ERROR);
 
     QCOMPARE(sim.world.cardState("anna")->pins[sim::Authentication].pin, std::string("4321"));
-    fault("C_SetPIN", [](sim::Fault &f) { f.result = CKR_DEVICE_ERROR; });
+    sim.fault("C_SetPIN", [](sim::Fault &f) { f.result = CKR_DEVICE_ERROR; });
     COMPARE_RV(sim.setPin(session, "4321", "1111"), CKR_DEVICE_ERROR);
     QCOMPARE(sim.world.cardState("anna")->pins[sim::Authentication].pin, std::string("4321"));
 }
@@ -121,7 +106,7 @@ void TstSimFaults::anyFunctionCanFail()
     QFETCH(QString, function);
     sim.start("anna");
     const CK_SESSION_HANDLE s = sim.open("Authentication");
-    fault(function.toStdString(), [](sim::Fault &f) { f.result = 0x7777; });
+    sim.fault(function.toStdString(), [](sim::Fault &f) { f.result = 0x7777; });
     CK_FUNCTION_LIST_PTR list = nullptr;
     CK_SLOT_INFO slot = {};
     CK_TOKEN_INFO token = {};
@@ -159,7 +144,7 @@ void TstSimFaults::anyFunctionCanFail()
 void TstSimFaults::starMeansEveryFunction()
 {
     sim.start("anna");
-    fault("*", [](sim::Fault &f) {
+    sim.fault("*", [](sim::Fault &f) {
         f.nth = 2;
         f.result = CKR_FUNCTION_FAILED;
     });
@@ -172,7 +157,7 @@ void TstSimFaults::starMeansEveryFunction()
 void TstSimFaults::faultIsMeantForOneToken()
 {
     sim.start("anna");
-    fault("C_GetTokenInfo", [](sim::Fault &f) {
+    sim.fault("C_GetTokenInfo", [](sim::Fault &f) {
         f.container = sim::Qualified;
         f.result = CKR_DEVICE_ERROR;
         f.nth = 0;
@@ -188,7 +173,7 @@ void TstSimFaults::faultIsMeantForOneReader()
 {
     sim.start("anna");
     sim.world.insertCard("S", "jan");
-    fault("C_GetSlotInfo", [](sim::Fault &f) {
+    sim.fault("C_GetSlotInfo", [](sim::Fault &f) {
         f.reader = "S";
         f.result = CKR_DEVICE_ERROR;
     });
@@ -202,7 +187,7 @@ void TstSimFaults::faultIsMeantForOneAttribute()
 {
     sim.start("anna");
     const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_GetAttributeValue", [](sim::Fault &f) {
+    sim.fault("C_GetAttributeValue", [](sim::Fault &f) {
         f.attribute = CKA_VALUE;
         f.result = CKR_DEVICE_ERROR;
     });
@@ -216,7 +201,7 @@ void TstSimFaults::faultIsMeantForOneAttribute()
 void TstSimFaults::faultIsMeantForSizeOrBuffer()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) {
+    sim.fault("C_GetSlotList", [](sim::Fault &f) {
         f.buffer = sim::Fault::Buffer::Given;
         f.result = CKR_DEVICE_ERROR;
     });
@@ -230,7 +215,7 @@ void TstSimFaults::faultIsMeantForSizeOrBuffer()
 void TstSimFaults::callIsDelayed()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) { f.delayMs = 120; });
+    sim.fault("C_GetSlotList", [](sim::Fault &f) { f.delayMs = 120; });
     QElapsedTimer timer;
     timer.start();
 
@@ -255,7 +240,7 @@ void TstSimFaults::everyCallIsDelayedByTheWorld()
 void TstSimFaults::blockedCallGoesOnWithRelease()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
+    sim.fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
     CK_RV result = 0x9999;
     std::thread thread([&] { result = slotCount(); });
 
@@ -276,7 +261,7 @@ void TstSimFaults::aLaterBlockNeedsAReleaseOfItsOwn()
 {
     sim.start("anna");
     sim.world.release();
-    fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
+    sim.fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
     std::thread thread([&] { slotCount(); });
 
     QTRY_COMPARE(sim.world.waitingCalls(), 1);
@@ -289,7 +274,7 @@ void TstSimFaults::blockedThreadCanBeEndedAndTheLibraryGoesOn()
 {
     sim.start("anna");
     const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_FindObjectsInit", [](sim::Fault &f) { f.block = true; });
+    sim.fault("C_FindObjectsInit", [](sim::Fault &f) { f.block = true; });
     struct Reading : QThread {
         void run() override { p11->C_FindObjectsInit(session, nullptr, 0); }
         CK_FUNCTION_LIST_PTR p11 = nullptr;
@@ -311,7 +296,7 @@ void TstSimFaults::blockedThreadCanBeEndedAndTheLibraryGoesOn()
 void TstSimFaults::resetReleasesWhatIsBlocked()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
+    sim.fault("C_GetSlotList", [](sim::Fault &f) { f.block = true; });
     std::thread thread([&] { slotCount(); });
     QTRY_COMPARE(sim.world.waitingCalls(), 1);
 
@@ -320,117 +305,11 @@ void TstSimFaults::resetReleasesWhatIsBlocked()
     thread.join();
 }
 
-void TstSimFaults::descriptionIsRawBytes()
-{
-    sim.start("anna");
-    const std::string raw = std::string("R\0X\xFF\xC5", 5);
-    fault("C_GetSlotInfo", [&](sim::Fault &f) { f.description = raw; });
-
-    QCOMPARE(sim.text(sim.slotInfo(1).slotDescription), QByteArray(raw.data(), 5).leftJustified(64, ' '));
-    fault("C_GetSlotInfo", [&](sim::Fault &f) { f.description = std::string(80, 'x'); });
-    QCOMPARE(sim.text(sim.slotInfo(1).slotDescription), QByteArray(64, 'x'));
-}
-
-void TstSimFaults::labelIsRawBytes()
-{
-    sim.start("anna");
-    fault("C_GetTokenInfo", [&](sim::Fault &f) { f.label = std::string("\xC4\x85\xC4", 3); });
-
-    QCOMPARE(sim.text(sim.tokenInfo(1).label), QByteArray("\xC4\x85\xC4").leftJustified(32, ' '));
-}
-
-void TstSimFaults::flagsAreReplaced()
-{
-    sim.start("anna");
-    fault("C_GetSlotInfo", [](sim::Fault &f) { f.flags = 0xFFFFFFFF; });
-    fault("C_GetTokenInfo", [](sim::Fault &f) { f.flags = 0; });
-
-    QCOMPARE(qulonglong(sim.slotInfo(1).flags), 0xFFFFFFFFULL);
-    QCOMPARE(qulonglong(sim.tokenInfo(1).flags), 0ULL);
-}
-
-void TstSimFaults::slotCountChangesBetweenTheCalls()
-{
-    sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) {
-        f.buffer = sim::Fault::Buffer::Null;
-        f.count = 2;
-    });
-    CK_ULONG count = 0;
-    CK_SLOT_ID ids[6] = { 99, 99, 99, 99, 99, 99 };
-
-    COMPARE_RV(sim.p11->C_GetSlotList(CK_FALSE, nullptr, &count), CKR_OK);
-    QCOMPARE(count, CK_ULONG(2));
-    COMPARE_RV(sim.p11->C_GetSlotList(CK_FALSE, ids, &count), CKR_BUFFER_TOO_SMALL);
-    QCOMPARE(ids[0], CK_SLOT_ID(99));
-
-    fault("C_GetSlotList", [](sim::Fault &f) {
-        f.buffer = sim::Fault::Buffer::Given;
-        f.count = 400;
-    });
-    count = 5;
-    COMPARE_RV(sim.p11->C_GetSlotList(CK_FALSE, ids, &count), CKR_OK);
-    QCOMPARE(count, CK_ULONG(400));
-    QCOMPARE(ids[4], CK_SLOT_ID(5));
-    QCOMPARE(ids[5], CK_SLOT_ID(99));
-}
-
-void TstSimFaults::objectCountIsNonsense()
-{
-    sim.start("anna");
-    const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_FindObjects", [](sim::Fault &f) { f.count = 7; });
-    CK_OBJECT_HANDLE objects[2] = { 0, 99 };
-    CK_ULONG count = 0;
-    sim.p11->C_FindObjectsInit(session, nullptr, 0);
-
-    COMPARE_RV(sim.p11->C_FindObjects(session, objects, 1, &count), CKR_OK);
-
-    QCOMPARE(count, CK_ULONG(7));
-    QCOMPARE(objects[1], CK_OBJECT_HANDLE(99));
-}
-
-void TstSimFaults::lengthIsUnavailable()
-{
-    sim.start("anna");
-    const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_GetAttributeValue", [](sim::Fault &f) {
-        f.attribute = CKA_VALUE;
-        f.buffer = sim::Fault::Buffer::Null;
-        f.length = -1;
-    });
-    CK_ATTRIBUTE attribute = { CKA_VALUE, nullptr, 0 };
-
-    COMPARE_RV(sim.p11->C_GetAttributeValue(session, 5002, &attribute, 1), CKR_OK);
-
-    QCOMPARE(attribute.ulValueLen, CK_ULONG(-1));
-}
-
-void TstSimFaults::secondLengthIsLargerThanTheFirst()
-{
-    sim.start("anna");
-    const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_GetAttributeValue", [](sim::Fault &f) {
-        f.buffer = sim::Fault::Buffer::Given;
-        f.length = 100000;
-    });
-    CK_ATTRIBUTE attribute = { CKA_LABEL, nullptr, 0 };
-    char label[4] = { '?', '?', '?', '?' };
-
-    COMPARE_RV(sim.p11->C_GetAttributeValue(session, 5002, &attribute, 1), CKR_OK);
-    QCOMPARE(attribute.ulValueLen, CK_ULONG(3));
-    attribute.pValue = label;
-    COMPARE_RV(sim.p11->C_GetAttributeValue(session, 5002, &attribute, 1), CKR_OK);
-
-    QCOMPARE(attribute.ulValueLen, CK_ULONG(100000));
-    QCOMPARE(QByteArray(label, 4), QByteArray("DG1?"));
-}
-
 void TstSimFaults::readerGoesInTheMiddleOfACall()
 {
     sim.start("anna");
     const CK_SESSION_HANDLE session = sim.open("eMRTD");
-    fault("C_FindObjects", [](sim::Fault &f) {
+    sim.fault("C_FindObjects", [](sim::Fault &f) {
         f.nth = 2;
         f.removeReader = "R";
     });
@@ -449,7 +328,7 @@ void TstSimFaults::readerGoesInTheMiddleOfACall()
 void TstSimFaults::cardGoesInTheMiddleOfACall()
 {
     sim.start("anna");
-    fault("C_GetTokenInfo", [](sim::Fault &f) {
+    sim.fault("C_GetTokenInfo", [](sim::Fault &f) {
         f.nth = 3;
         f.removeCard = "R";
     });
@@ -466,7 +345,7 @@ void TstSimFaults::cardGoesInTheMiddleOfACall()
 void TstSimFaults::cardGoesWhileSomethingElseIsAsked()
 {
     sim.start("anna");
-    fault("C_GetSlotList", [](sim::Fault &f) { f.removeCard = "R"; });
+    sim.fault("C_GetSlotList", [](sim::Fault &f) { f.removeCard = "R"; });
 
     COMPARE_RV(slotCount(), CKR_OK);
 

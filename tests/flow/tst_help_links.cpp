@@ -2,17 +2,11 @@
 
 #include "base/common.h"
 
-#include <QDesktopServices>
+#include "support/opened_urls.h"
 
 // The links of the help page's report, and what text of others must not become.
 class TestHelpLinks : public QObject, private HelpReport {
     Q_OBJECT
-
-public slots:
-    void takeUrl(const QUrl &url) { opened << url; }
-
-private:
-    QList<QUrl> opened;
 
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
@@ -118,14 +112,12 @@ private slots:
     {
         QVERIFY(QDir().mkpath(Os().logsDir()));
         showHelp();
-        opened.clear();
-        QDesktopServices::setUrlHandler("file", this, "takeUrl");
+        const OpenedUrls opened("file");
         LogCatcher log;
 
         click("open_folder");
 
-        QDesktopServices::unsetUrlHandler("file");
-        QCOMPARE(opened, QList<QUrl> { QUrl::fromLocalFile(Os().logsDir()) });
+        QCOMPARE(opened.urls, QList<QUrl> { QUrl::fromLocalFile(Os().logsDir()) });
         QCOMPARE(log.count("Opening logs folder"), 1);
     }
 

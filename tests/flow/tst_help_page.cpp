@@ -1,17 +1,12 @@
 #include "help_report.h"
 
+#include "support/opened_urls.h"
+
 #include <QClipboard>
-#include <QDesktopServices>
 
 // The help page: what it shows and offers, its keyboard, and the answers of the Monitor.
 class TestHelpPage : public QObject, private HelpReport {
     Q_OBJECT
-
-public slots:
-    void takeUrl(const QUrl &url) { opened << url; }
-
-private:
-    QList<QUrl> opened;
 
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
@@ -188,8 +183,7 @@ private slots:
         flow->openWindow();
         QVERIFY(QTest::qWaitForWindowActive(flow->window.get()));
         showHelp();
-        opened.clear();
-        QDesktopServices::setUrlHandler("file", this, "takeUrl");
+        const OpenedUrls opened("file");
         QWidget *link = flow->widget(label.toUtf8());
 
         // One stop ahead of it, and then one Tab.
@@ -203,10 +197,9 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), link);
         QTest::keyClick(link, Qt::Key_Return);
 
-        QDesktopServices::unsetUrlHandler("file");
-        QCOMPARE(opened.size(), 1);
-        QCOMPARE(opened[0].toLocalFile(), VELMOR_TEST_ROOT + file);
-        QVERIFY(QFileInfo(opened[0].toLocalFile()).isFile());
+        QCOMPARE(opened.urls.size(), 1);
+        QCOMPARE(opened.urls[0].toLocalFile(), VELMOR_TEST_ROOT + file);
+        QVERIFY(QFileInfo(opened.urls[0].toLocalFile()).isFile());
     }
 
     void tabsLeadThroughThePageInOrder()

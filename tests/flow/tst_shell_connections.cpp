@@ -2,7 +2,8 @@
 
 #include "app/app_lock.h"
 
-#include <QDesktopServices>
+#include "support/opened_urls.h"
+
 #include <QDialogButtonBox>
 #include <QGraphicsEffect>
 
@@ -10,12 +11,8 @@
 class TestShellConnections : public QObject {
     Q_OBJECT
 
-public slots:
-    void takeUrl(const QUrl &url) { opened << url; }
-
 private:
     std::unique_ptr<Flow> flow;
-    QList<QUrl> opened;
 
     void showPage(const char *page) { flow->find<QStackedWidget>("pager")->setCurrentWidget(flow->widget(page)); }
 
@@ -101,13 +98,11 @@ private slots:
     void reportButtonOpensTheHelpSite()
     {
         flow->openWindow();
-        opened.clear();
-        QDesktopServices::setUrlHandler("https", this, "takeUrl");
+        const OpenedUrls opened("https");
 
         emit flow->find<QAbstractButton>("bRaport")->clicked(false);
 
-        QDesktopServices::unsetUrlHandler("https");
-        QCOMPARE(opened, QList<QUrl> { QUrl("https://pomoc.velmor.example/") });
+        QCOMPARE(opened.urls, QList<QUrl> { QUrl("https://pomoc.velmor.example/") });
     }
 
     void readerPickedWithTheKeyboardIsRead()

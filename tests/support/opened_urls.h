@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QDesktopServices>
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
+// While it lives, addresses of one scheme ("https") come here and no program of the desktop opens them.
+class OpenedUrls : public QObject {
+    Q_OBJECT
+
+public:
+    explicit OpenedUrls(const QString &scheme) : ownScheme(scheme)
+    {
+        QDesktopServices::setUrlHandler(ownScheme, this, "take");
+    }
+    ~OpenedUrls() override { QDesktopServices::unsetUrlHandler(ownScheme); }
+
+    QList<QUrl> urls;
+
+public slots:
+    void take(const QUrl &url) { urls << url; }
+
+private:
+    QString ownScheme;
+};

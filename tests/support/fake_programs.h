@@ -1,19 +1,22 @@
 #pragma once
 
+#include "support/testmain.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSettings>
 #include <QString>
 #include <QVector>
 
 // A computer on which just these programs are installed: PATH and the folders of flatpaks are of its own while it
-// lives. Their files do nothing.
+// lives. Their files do nothing. On Windows the system's list of installed programs tells, and is cleared at the end.
 class FakePrograms {
 public:
     // With others behind them if a PATH is given.
     explicit FakePrograms(const QString &others = {})
     {
-        folder = QDir::homePath() + "/programs";
+        folder = TestHome::path() + "/programs";
         QDir(folder).removeRecursively();
         QDir().mkpath(folder + "/bin");
         replace("PATH", others.isEmpty() ? folder + "/bin" : folder + "/bin:" + others);
@@ -22,6 +25,9 @@ public:
     }
     ~FakePrograms()
     {
+#ifdef Q_OS_WIN
+        QSettings(uninstallList, QSettings::NativeFormat).remove(firefoxGroup);
+#endif
         for (const Variable &variable : before) {
             if (variable.value.isNull())
                 qunsetenv(variable.name);
@@ -44,7 +50,25 @@ public:
         return file;
     }
 
+    void installFirefox() const
+    {
+#ifdef Q_OS_WIN
+        QSettings list(uninstallList, QSettings::NativeFormat);
+        list.beginGroup(firefoxGroup);
+        list.setValue("DisplayName", "Mozilla Firefox (x64 pl)");
+        list.setValue("DisplayVersion", "128.0");
+        list.setValue("InstallLocation", "C:\\Program Files\\Mozilla Firefox");
+#else
+        install("bin/firefox");
+#endif
+    }
+
 private:
+#ifdef Q_OS_WIN
+    static constexpr const char *uninstallList =
+        "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
+    static constexpr const char *firefoxGroup = "Mozilla Firefox 128.0 (x64 pl)";
+#endif
     struct Variable {
         const char *name;
         QByteArray value;

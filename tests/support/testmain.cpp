@@ -67,6 +67,21 @@ QString TestHome::path()
     return homePath;
 }
 
+void TestHome::empty()
+{
+    // Kept: without the folder the toolkit would name another one, in the end the root of the disk.
+    const QString home = QDir::homePath();
+    if (home.startsWith(homePath)) {
+        QDir(home).removeRecursively();
+        QDir().mkpath(home);
+        return;
+    }
+    if (!qEnvironmentVariableIsSet("VELMOR_TEST_ACCOUNT"))
+        qFatal("This test takes browsers' profiles away; tests/wine/run makes an account for it");
+    for (const char *made : { "/.pki", "/AppData/Roaming/Mozilla", "/AppData/Roaming/Thunderbird" })
+        QDir(home + made).removeRecursively();
+}
+
 LogCatcher::LogCatcher()
 {
     QMutexLocker locker(&mutex);

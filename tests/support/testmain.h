@@ -16,6 +16,10 @@ public:
 
     static QString path();
 
+    // Clears away what a test has left in the user's folder. On Windows that is the account's own, which no variable
+    // moves: there only browsers' profiles go, and only from an account that was made for the tests.
+    static void empty();
+
 private:
     QTemporaryDir *folder;
 };

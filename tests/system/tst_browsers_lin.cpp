@@ -160,8 +160,7 @@ private slots:
         QVERIFY(popups->messages.isEmpty());
         integrator.reset();
         page.reset();
-        QDir(QDir::homePath()).removeRecursively();
-        QDir().mkpath(QDir::homePath());
+        TestHome::empty();
     }
 
     void firefoxTakesThePreferenceAndLosesItAgain()

@@ -79,7 +79,9 @@ protected:
     // Left by a former version, which was installed elsewhere.
     static QByteArray oldEntry() { return entry("/old/velmor-pkcs11-64.so"); }
 
-    static bool isLinux() { return Platform::word() == "lin"; }
+    // The family's row is one of Linux alone.
+    static bool hasFamily() { return Platform::word() == "lin"; }
+    static QStringList rows() { return hasFamily() ? QStringList { "Firefox", family } : QStringList { "Firefox" }; }
     static void setUpApplication()
     {
         Shared::loadResources();
@@ -88,8 +90,9 @@ protected:
     }
     void setUp()
     {
+        TestHome::empty();
         programs = std::make_unique<FakePrograms>();
-        programs->install("bin/firefox");
+        programs->installFirefox();
         popups = std::make_unique<PopupCloser>();
         integrator = std::make_unique<Integrator>(App::instance(), nullptr);
         page = std::make_unique<QWidget>();
@@ -101,7 +104,6 @@ protected:
         integrator.reset();
         popups.reset();
         programs.reset();
-        QDir(QDir::homePath()).removeRecursively();
-        QDir().mkpath(QDir::homePath());
+        TestHome::empty();
     }
 };

@@ -7,12 +7,7 @@ class TestIntegratorFiles : public QObject, private IntegratorFixture {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        if (!isLinux())
-            QSKIP("What is installed is read from the registry here");
-        setUpApplication();
-    }
+    void initTestCase() { setUpApplication(); }
     void init()
     {
         setUp();
@@ -119,8 +114,8 @@ private slots:
     {
         const ProfileFolder files = profile("a.default", "70.0");
         createChecks();
-        check("Firefox")->setChecked(true);
-        check(family)->setChecked(true);
+        for (const QString &row : rows())
+            check(row.toLatin1())->setChecked(true);
         QFile::remove(files.path("pkcs11.txt"));
         QVERIFY(QDir().mkdir(files.path("pkcs11.txt")));
         popups->meanwhile = [this] { createChecks(); };
@@ -128,14 +123,18 @@ private slots:
         integrator->checksSubmit(layout);
 
         QCOMPARE(popups->messages.size(), 1);
-        QCOMPARE(integrator->resultText(),
-                 QString("<span>") + noChangeConnecting + "</span><br/><br/><span>" + connected(family)
-                     + "</span><br/><br/>");
-        QCOMPARE(sharedDatabase().content("pkcs11.txt"), entry(module()));
+        QString report = QString("<span>") + noChangeConnecting + "</span><br/><br/>";
+        if (hasFamily()) {
+            report += "<span>" + connected(family) + "</span><br/><br/>";
+            QCOMPARE(sharedDatabase().content("pkcs11.txt"), entry(module()));
+        }
+        QCOMPARE(integrator->resultText(), report);
     }
 
     void databaseThatCannotBeMadeIsTold()
     {
+        if (!hasFamily())
+            QSKIP("Firefox alone is listed here");
         createChecks();
         QFile pki(QDir::homePath() + "/.pki");
         QVERIFY(pki.open(QIODevice::WriteOnly));

@@ -25,8 +25,7 @@ private slots:
     void cleanup()
     {
         programs.reset();
-        QDir(QDir::homePath()).removeRecursively();
-        QDir().mkpath(QDir::homePath());
+        TestHome::empty();
     }
 
     void nothingIsFoundWhereNothingIsInstalled()

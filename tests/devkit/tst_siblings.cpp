@@ -140,5 +140,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestSiblings)
+VELMOR_TEST(TestSiblings)
 #include "tst_siblings.moc"

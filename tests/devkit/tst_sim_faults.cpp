@@ -366,5 +366,5 @@ void TstSimFaults::badFaultsAreRefused()
     QVERIFY(sim.world.faults().empty());
 }
 
-VELMOR_TEST_MAIN(TstSimFaults)
+VELMOR_TEST(TstSimFaults)
 #include "tst_sim_faults.moc"

@@ -300,5 +300,5 @@ void TstSimLifecycle::cardReadCostsFewMilliseconds()
     QVERIFY(quickest < 200000);
 }
 
-VELMOR_TEST_MAIN(TstSimLifecycle)
+VELMOR_TEST(TstSimLifecycle)
 #include "tst_sim_lifecycle.moc"

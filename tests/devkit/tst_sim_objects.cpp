@@ -223,5 +223,5 @@ void TstSimObjects::certificateFieldsComeFromItsBytes()
     QCOMPARE(sim.attribute(session, certificate, CKA_SERIAL_NUMBER).left(2), QByteArray::fromHex("0204"));
 }
 
-VELMOR_TEST_MAIN(TstSimObjects)
+VELMOR_TEST(TstSimObjects)
 #include "tst_sim_objects.moc"

@@ -261,5 +261,5 @@ void TstSimPinpad::waitingThreadCanBeEnded()
     COMPARE_RV(sim.login(thread.session, CKU_USER, "1234"), CKR_OK);
 }
 
-VELMOR_TEST_MAIN(TstSimPinpad)
+VELMOR_TEST(TstSimPinpad)
 #include "tst_sim_pinpad.moc"

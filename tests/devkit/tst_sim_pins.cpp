@@ -318,5 +318,5 @@ void TstSimPins::restoreBringsTheCardBackAsMade()
     QVERIFY(sim.flagsOf("Authentication") & CKF_USER_PIN_LOCKED);
 }
 
-VELMOR_TEST_MAIN(TstSimPins)
+VELMOR_TEST(TstSimPins)
 #include "tst_sim_pins.moc"

@@ -288,5 +288,5 @@ void TstSimSlots::onlySlotsWithACardAreListedOnDemand()
     QCOMPARE(sim.slotIds(true).size(), std::size_t(5));
 }
 
-VELMOR_TEST_MAIN(TstSimSlots)
+VELMOR_TEST(TstSimSlots)
 #include "tst_sim_slots.moc"

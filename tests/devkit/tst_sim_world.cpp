@@ -435,5 +435,5 @@ void TstSimWorld::secretsOfTheWorldAreNotForOthers()
     QCOMPARE(int(others), 0);
 }
 
-VELMOR_TEST_MAIN(TstSimWorld)
+VELMOR_TEST(TstSimWorld)
 #include "tst_sim_world.moc"

@@ -125,5 +125,5 @@ void TstSimWrongData::secondLengthIsLargerThanTheFirst()
     QCOMPARE(QByteArray(label, 4), QByteArray("DG1?"));
 }
 
-VELMOR_TEST_MAIN(TstSimWrongData)
+VELMOR_TEST(TstSimWrongData)
 #include "tst_sim_wrong_data.moc"

@@ -408,5 +408,5 @@ void TstSpecimenCards::readmeNamesEveryCard()
         QVERIFY2(text.contains(QByteArray("`") + name + "`"), name);
 }
 
-VELMOR_TEST_MAIN(TstSpecimenCards)
+VELMOR_TEST(TstSpecimenCards)
 #include "tst_specimen_cards.moc"

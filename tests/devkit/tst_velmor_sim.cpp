@@ -297,5 +297,5 @@ void TstVelmorSim::resetCuresABrokenWorld()
     QCOMPARE(run({ "insert", "anna" }), 0);
 }
 
-VELMOR_TEST_MAIN(TstVelmorSim)
+VELMOR_TEST(TstVelmorSim)
 #include "tst_velmor_sim.moc"

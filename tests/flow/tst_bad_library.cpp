@@ -212,5 +212,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestBadLibrary)
+VELMOR_TEST(TestBadLibrary)
 #include "tst_bad_library.moc"

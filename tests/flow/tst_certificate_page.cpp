@@ -393,5 +393,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestCertificatePage)
+VELMOR_TEST(TestCertificatePage)
 #include "tst_certificate_page.moc"

@@ -277,5 +277,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestCertificateWindow)
+VELMOR_TEST(TestCertificateWindow)
 #include "tst_certificate_window_linux.moc"

@@ -218,5 +218,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestHelpLinks)
+VELMOR_TEST(TestHelpLinks)
 #include "tst_help_links.moc"

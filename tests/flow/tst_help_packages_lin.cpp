@@ -90,5 +90,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestHelpPackages)
+VELMOR_TEST(TestHelpPackages)
 #include "tst_help_packages_lin.moc"

@@ -226,5 +226,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestHelpPage)
+VELMOR_TEST(TestHelpPage)
 #include "tst_help_page.moc"

@@ -227,5 +227,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestHomeDetails)
+VELMOR_TEST(TestHomeDetails)
 #include "tst_home_details.moc"

@@ -363,5 +363,5 @@ private:
     }
 };
 
-VELMOR_TEST_MAIN(TestHomePage)
+VELMOR_TEST(TestHomePage)
 #include "tst_home_page.moc"

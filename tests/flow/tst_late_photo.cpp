@@ -108,5 +108,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestLatePhoto)
+VELMOR_TEST(TestLatePhoto)
 #include "tst_late_photo.moc"

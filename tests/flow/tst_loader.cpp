@@ -148,5 +148,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestLoader)
+VELMOR_TEST(TestLoader)
 #include "tst_loader.moc"

@@ -52,5 +52,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestMissingLibrary)
+VELMOR_TEST(TestMissingLibrary)
 #include "tst_missing_library.moc"

@@ -350,5 +350,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPersonalDataPage)
+VELMOR_TEST(TestPersonalDataPage)
 #include "tst_personal_data_page.moc"

@@ -239,5 +239,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinCard)
+VELMOR_TEST(TestPinCard)
 #include "tst_pin_card.moc"

@@ -186,5 +186,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinCardGone)
+VELMOR_TEST(TestPinCardGone)
 #include "tst_pin_card_gone.moc"

@@ -308,5 +308,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinChange)
+VELMOR_TEST(TestPinChange)
 #include "tst_pin_change.moc"

@@ -15,5 +15,5 @@ private slots:
     void logout() { everyAnswerOf("C_Logout", atLogout(change())); }
 };
 
-VELMOR_TEST_MAIN(TestPinChangeAnswers)
+VELMOR_TEST(TestPinChangeAnswers)
 #include "tst_pin_change_answers.moc"

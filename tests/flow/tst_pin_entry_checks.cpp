@@ -131,5 +131,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinEntryChecks)
+VELMOR_TEST(TestPinEntryChecks)
 #include "tst_pin_entry_checks.moc"

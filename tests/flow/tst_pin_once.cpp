@@ -194,5 +194,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinOnce)
+VELMOR_TEST(TestPinOnce)
 #include "tst_pin_once.moc"

@@ -338,5 +338,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinPad)
+VELMOR_TEST(TestPinPad)
 #include "tst_pin_pad.moc"

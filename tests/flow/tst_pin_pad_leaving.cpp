@@ -199,5 +199,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinPadLeaving)
+VELMOR_TEST(TestPinPadLeaving)
 #include "tst_pin_pad_leaving.moc"

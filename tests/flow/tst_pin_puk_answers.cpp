@@ -13,5 +13,5 @@ private slots:
     void settingOfAFirstPin() { everyAnswerOf("C_SetPIN", firstPin()); }
 };
 
-VELMOR_TEST_MAIN(TestPinPukAnswers)
+VELMOR_TEST(TestPinPukAnswers)
 #include "tst_pin_puk_answers.moc"

@@ -65,5 +65,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinPukBlocked)
+VELMOR_TEST(TestPinPukBlocked)
 #include "tst_pin_puk_blocked.moc"

@@ -336,5 +336,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinResults)
+VELMOR_TEST(TestPinResults)
 #include "tst_pin_results.moc"

@@ -305,5 +305,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinSecrets)
+VELMOR_TEST(TestPinSecrets)
 #include "tst_pin_secrets.moc"

@@ -354,5 +354,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinUnblock)
+VELMOR_TEST(TestPinUnblock)
 #include "tst_pin_unblock.moc"

@@ -13,5 +13,5 @@ private slots:
     void logoutOfAnUnblock() { everyAnswerOf("C_Logout", atLogout(unblock())); }
 };
 
-VELMOR_TEST_MAIN(TestPinUnblockAnswers)
+VELMOR_TEST(TestPinUnblockAnswers)
 #include "tst_pin_unblock_answers.moc"

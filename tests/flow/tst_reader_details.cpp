@@ -233,5 +233,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestReaderDetails)
+VELMOR_TEST(TestReaderDetails)
 #include "tst_reader_details.moc"

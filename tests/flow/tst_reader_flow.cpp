@@ -374,5 +374,5 @@ private:
     }
 };
 
-VELMOR_TEST_MAIN(TestReaderFlow)
+VELMOR_TEST(TestReaderFlow)
 #include "tst_reader_flow.moc"

@@ -203,5 +203,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestReadersRule)
+VELMOR_TEST(TestReadersRule)
 #include "tst_readers_rule.moc"

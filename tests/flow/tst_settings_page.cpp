@@ -294,5 +294,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestSettingsPage)
+VELMOR_TEST(TestSettingsPage)
 #include "tst_settings_page.moc"

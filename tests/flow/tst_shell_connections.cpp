@@ -222,5 +222,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestShellConnections)
+VELMOR_TEST(TestShellConnections)
 #include "tst_shell_connections.moc"

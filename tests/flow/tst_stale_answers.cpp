@@ -176,5 +176,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestStaleAnswers)
+VELMOR_TEST(TestStaleAnswers)
 #include "tst_stale_answers.moc"

@@ -338,5 +338,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowMessages)
+VELMOR_TEST(TestWindowMessages)
 #include "tst_window_messages.moc"

@@ -309,5 +309,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowShell)
+VELMOR_TEST(TestWindowShell)
 #include "tst_window_shell.moc"

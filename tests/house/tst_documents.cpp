@@ -193,5 +193,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstDocuments)
+VELMOR_TEST(TstDocuments)
 #include "tst_documents.moc"

@@ -7,12 +7,38 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QThread>
+
+#include <atomic>
 
 namespace {
 
 constexpr int patience = 10000;
+constexpr int idleWorkerAnswers = 300;
 
+QtMessageHandler outerHandler = nullptr;
+std::atomic<QThread *> worker;
+
+void noteWorker(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (message == "load SSL")
+        worker = QThread::currentThread();
+    if (outerHandler)
+        outerHandler(type, context, message);
 }
+
+// The thread of the card worker, which tells itself by a line of its own in the log; null if it is at work.
+QThread *idleWorkerOf(Window &window)
+{
+    worker = nullptr;
+    outerHandler = qInstallMessageHandler(noteWorker);
+    emit window.loadSsl();
+    const bool answered = QTest::qWaitFor([] { return worker != nullptr; }, idleWorkerAnswers);
+    qInstallMessageHandler(outerHandler);
+    return answered ? worker.load() : nullptr;
+}
+
+} // namespace
 
 void Flow::setUpApplication()
 {
@@ -47,7 +73,11 @@ void Flow::closeWindow()
         return;
     // With the page of a pinpad operation shown the program refuses to quit.
     find<QStackedWidget>("pager")->setCurrentWidget(widget("pageHome"));
+    QThread *const idle = idleWorkerOf(*window);
     window->quitClicked();
+    // What the window looks for after half a second is there at once if nothing was left to do.
+    if (idle && idle->wait(patience))
+        window->closeWithTheards();
     QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), patience);
     window.reset();
 }

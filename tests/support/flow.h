@@ -20,7 +20,7 @@ public:
     static void setUpApplication();
 
     Flow();
-    // Closes the window as a user would, which takes half a second; without it the window's end takes a whole one.
+    // Closes the window as a user would; without it the window's end takes a second.
     ~Flow();
 
     sim::SimWorld world;

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QSharedMemory>
 #include <QString>
+#include <QtTest>
 
 #include <algorithm>
 #include <cstring>
@@ -10,13 +11,13 @@
 // A segment of the bus as another program of the user can have it: any size, any bytes, with or without its lock.
 class RawInbox {
 public:
-    // Creates it; size 0 attaches to one that is there.
+    // Creates it, as soon as a program that is about to end has given it back; size 0 attaches to one that is there.
     explicit RawInbox(const char *key, int size = 0) : memory(QString::fromLatin1(key))
     {
-        if (size > 0)
-            memory.create(size);
-        else
+        if (size == 0)
             memory.attach();
+        else if (!QTest::qWaitFor([&] { return create(size); }, 10000))
+            qFatal("%s: %s", key, qPrintable(memory.errorString()));
     }
 
     bool isThere() const { return memory.isAttached(); }
@@ -51,5 +52,11 @@ public:
     QSharedMemory memory;
 
 private:
+    bool create(int size)
+    {
+        // The last one to leave what a killed process has left behind takes it away.
+        return memory.create(size) || (memory.attach() && memory.detach() && memory.create(size));
+    }
+
     char *begin() { return static_cast<char *>(memory.data()); }
 };

@@ -3,6 +3,8 @@
 #include "base/platform.h"
 
 #include <QDir>
+#include <QFileInfo>
+#include <QMap>
 #include <QMutex>
 #include <QTemporaryDir>
 
@@ -12,6 +14,13 @@ QMutex mutex;
 QVector<LogCatcher *> catchers; // one may live within another
 QtMessageHandler before = nullptr;
 QString homePath;
+
+// Made on first use: the classes enter themselves before main.
+QMap<QByteArray, TestCase::Make> &testCases()
+{
+    static QMap<QByteArray, TestCase::Make> cases;
+    return cases;
+}
 
 void catchMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
@@ -125,4 +134,20 @@ void LogCatcher::clear()
 {
     QMutexLocker locker(&mutex);
     caught.clear();
+}
+
+TestCase::TestCase(const char *sourceFile, Make makeTest)
+{
+    testCases().insert(QFileInfo(QString::fromUtf8(sourceFile)).completeBaseName().toLatin1(), makeTest);
+}
+
+std::unique_ptr<QObject> TestCase::make(const QByteArray &name)
+{
+    const Make makeTest = testCases().value(name);
+    return makeTest ? makeTest() : nullptr;
+}
+
+QByteArrayList TestCase::names()
+{
+    return testCases().keys();
 }

@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QStringList>
 
+#include <memory>
+
 // Gives a test program a home, XDG folders and a TMPDIR of its own before anything reads them, so that tests that run
 // side by side never share settings, logs, shared-memory keys or worlds. The folder goes when the object does.
 class TestHome {
@@ -46,11 +48,21 @@ private:
     QStringList caught;
 };
 
-#define VELMOR_TEST_MAIN(TestClass)                                                                                    \
-    int main(int argc, char *argv[])                                                                                   \
-    {                                                                                                                  \
-        TestHome home;                                                                                                 \
-        QApplication application(argc, argv);                                                                          \
-        TestClass test;                                                                                                \
-        return QTest::qExec(&test, argc, argv);                                                                        \
-    }
+// The tests of one folder are one program; its first argument chooses the class that runs, by the name of its file
+// without the extension. So each class still has a process of its own: singletons, TMPDIR and XDG folders are fresh.
+class TestCase {
+public:
+    using Make = std::unique_ptr<QObject> (*)();
+
+    TestCase(const char *sourceFile, Make makeTest);
+
+    // Null if the program has no such test.
+    static std::unique_ptr<QObject> make(const QByteArray &name);
+    static QByteArrayList names();
+};
+
+// A class that needs something before the application exists, or is its own child process, has a main instead and is a
+// program by itself.
+#define VELMOR_TEST(TestClass)                                                                                         \
+    static const TestCase testCaseOf##TestClass(                                                                       \
+        __FILE__, []() -> std::unique_ptr<QObject> { return std::make_unique<TestClass>(); });

@@ -291,5 +291,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestBrowsersLin)
+VELMOR_TEST(TestBrowsersLin)
 #include "tst_browsers_lin.moc"

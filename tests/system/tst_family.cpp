@@ -1,4 +1,4 @@
-#include "family_runs.h"
+#include "system/family_runs.h"
 
 #include "base/settings.h"
 

@@ -1,4 +1,4 @@
-#include "family_runs.h"
+#include "system/family_runs.h"
 
 // A card that waits for its CAN, among real processes: the Monitor, the program that asks for it, and Manager.
 class TestFamilyCan : public QObject, private FamilyRuns {
@@ -48,5 +48,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestFamilyCan)
+VELMOR_TEST(TestFamilyCan)
 #include "tst_family_can.moc"

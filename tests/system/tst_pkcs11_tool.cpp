@@ -232,5 +232,5 @@ void TstPkcs11Tool::emptyReader()
     QVERIFY2(output.contains("Czytnik Żółty\n  (empty)"), output);
 }
 
-VELMOR_TEST_MAIN(TstPkcs11Tool)
+VELMOR_TEST(TstPkcs11Tool)
 #include "tst_pkcs11_tool.moc"

@@ -1,4 +1,4 @@
-#include "program_runs.h"
+#include "system/program_runs.h"
 
 #include <QRegularExpression>
 #include <QSharedMemory>
@@ -275,5 +275,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProgram)
+VELMOR_TEST(TestProgram)
 #include "tst_program.moc"

@@ -1,4 +1,4 @@
-#include "program_runs.h"
+#include "system/program_runs.h"
 
 #include "simworld/platform.h"
 #include "simworld/sim_world.h"
@@ -232,5 +232,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProgramEnd)
+VELMOR_TEST(TestProgramEnd)
 #include "tst_program_end.moc"

@@ -1,4 +1,4 @@
-#include "program_runs.h"
+#include "system/program_runs.h"
 
 #include <QLibraryInfo>
 #include <QRegularExpression>
@@ -125,5 +125,5 @@ private:
     }
 };
 
-VELMOR_TEST_MAIN(TestProgramSurroundings)
+VELMOR_TEST(TestProgramSurroundings)
 #include "tst_program_surroundings.moc"

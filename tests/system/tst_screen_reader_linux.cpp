@@ -1,4 +1,4 @@
-#include "family_runs.h"
+#include "system/family_runs.h"
 
 #include "base/common.h"
 #include "platform/os.h"
@@ -110,5 +110,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestScreenReader)
+VELMOR_TEST(TestScreenReader)
 #include "tst_screen_reader_linux.moc"

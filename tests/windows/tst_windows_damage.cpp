@@ -157,5 +157,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowsDamage)
+VELMOR_TEST(TestWindowsDamage)
 #include "tst_windows_damage.moc"

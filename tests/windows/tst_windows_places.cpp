@@ -90,5 +90,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowsPlaces)
+VELMOR_TEST(TestWindowsPlaces)
 #include "tst_windows_places.moc"

@@ -278,5 +278,5 @@ private:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowsProgram)
+VELMOR_TEST(TestWindowsProgram)
 #include "tst_windows_program.moc"

@@ -127,5 +127,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowsTree)
+VELMOR_TEST(TestWindowsTree)
 #include "tst_windows_tree.moc"

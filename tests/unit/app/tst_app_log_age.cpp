@@ -133,5 +133,5 @@ private slots:
 #endif
 };
 
-VELMOR_TEST_MAIN(TstAppLogAge)
+VELMOR_TEST(TstAppLogAge)
 #include "tst_app_log_age.moc"

@@ -337,5 +337,5 @@ void TstCommon::copyMayOverlap()
     QCOMPARE(QByteArray(down), QByteArray("345656"));
 }
 
-VELMOR_TEST_MAIN(TstCommon)
+VELMOR_TEST(TstCommon)
 #include "tst_common.moc"

@@ -236,5 +236,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestCrypto)
+VELMOR_TEST(TestCrypto)
 #include "tst_crypto.moc"

@@ -250,5 +250,5 @@ void TstFiles::readOnlyFileIsNotWritable()
     QFile::setPermissions(path(), QFile::ReadOwner | QFile::WriteOwner);
 }
 
-VELMOR_TEST_MAIN(TstFiles)
+VELMOR_TEST(TstFiles)
 #include "tst_files.moc"

@@ -278,5 +278,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIpcMsg)
+VELMOR_TEST(TestIpcMsg)
 #include "tst_ipc_msg.moc"

@@ -257,5 +257,5 @@ void TstPlatform::pluginIsChosenOnWindowsOnly()
     QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray(onWindows ? "windows:fontengine=freetype" : "chosen by the user"));
 }
 
-VELMOR_TEST_MAIN(TstPlatform)
+VELMOR_TEST(TstPlatform)
 #include "tst_platform.moc"

@@ -159,5 +159,5 @@ void TstReadersConf::clearingWhatCannotBeOpenedFails()
     QVERIFY(!Common::clearReadersConf());
 }
 
-VELMOR_TEST_MAIN(TstReadersConf)
+VELMOR_TEST(TstReadersConf)
 #include "tst_readers_conf.moc"

@@ -113,5 +113,5 @@ void TstTextSlices::chain()
     QTEST(sliceTextChain(text, patterns, "fallback"), "expected");
 }
 
-VELMOR_TEST_MAIN(TstTextSlices)
+VELMOR_TEST(TstTextSlices)
 #include "tst_text_slices.moc"

@@ -273,5 +273,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIntegrator)
+VELMOR_TEST(TestIntegrator)
 #include "tst_integrator.moc"

@@ -171,5 +171,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIntegratorFiles)
+VELMOR_TEST(TestIntegratorFiles)
 #include "tst_integrator_files.moc"

@@ -162,5 +162,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestOsBrowsersWin)
+VELMOR_TEST(TestOsBrowsersWin)
 #include "tst_os_browsers_win.moc"

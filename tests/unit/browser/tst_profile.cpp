@@ -316,5 +316,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProfile)
+VELMOR_TEST(TestProfile)
 #include "tst_profile.moc"

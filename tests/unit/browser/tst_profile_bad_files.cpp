@@ -421,5 +421,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProfileBadFiles)
+VELMOR_TEST(TestProfileBadFiles)
 #include "tst_profile_bad_files.moc"

@@ -128,5 +128,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProfileFullDisk)
+VELMOR_TEST(TestProfileFullDisk)
 #include "tst_profile_full_disk_lin.moc"

@@ -207,5 +207,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestProfileText)
+VELMOR_TEST(TestProfileText)
 #include "tst_profile_text.moc"

@@ -460,5 +460,5 @@ void TestCardTables::emptyPinIsNotNull()
     QCOMPARE(buffer.size(), 0ul);
 }
 
-VELMOR_TEST_MAIN(TestCardTables)
+VELMOR_TEST(TestCardTables)
 #include "tst_card_tables.moc"

@@ -219,5 +219,5 @@ void TstCertStore::clearForgetsAll()
     QCOMPARE(store.qualifiedCount(), 0);
 }
 
-VELMOR_TEST_MAIN(TstCertStore)
+VELMOR_TEST(TstCertStore)
 #include "tst_cert_store.moc"

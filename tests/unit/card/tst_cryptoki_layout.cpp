@@ -64,5 +64,5 @@ void TstCryptokiLayout::sizesAndOffsets()
 #endif
 }
 
-VELMOR_TEST_MAIN(TstCryptokiLayout)
+VELMOR_TEST(TstCryptokiLayout)
 #include "tst_cryptoki_layout.moc"

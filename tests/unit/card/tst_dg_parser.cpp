@@ -304,5 +304,5 @@ void TstDgParser::badGroupDoesNotDisturbTheOthers()
     }
 }
 
-VELMOR_TEST_MAIN(TstDgParser)
+VELMOR_TEST(TstDgParser)
 #include "tst_dg_parser.moc"

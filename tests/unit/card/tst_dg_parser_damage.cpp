@@ -134,5 +134,5 @@ void TstDgParserDamage::largeFiles()
     QCOMPARE(DgProbe::complaintInAnySurroundings(file), QString());
 }
 
-VELMOR_TEST_MAIN(TstDgParserDamage)
+VELMOR_TEST(TstDgParserDamage)
 #include "tst_dg_parser_damage.moc"

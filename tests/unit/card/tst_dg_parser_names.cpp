@@ -284,5 +284,5 @@ void TstDgParserNames::emptyNamesAreReadOver()
              QStringList({ "NOWAK", "", "" }));
 }
 
-VELMOR_TEST_MAIN(TstDgParserNames)
+VELMOR_TEST(TstDgParserNames)
 #include "tst_dg_parser_names.moc"

@@ -152,5 +152,5 @@ void TstDgParserPhoto::goodPictureLogsItsSizeOnly()
     QCOMPARE(logOfPhoto(hex("75820004FFD8FFD9")), QStringList({ "Photo size: 8" }));
 }
 
-VELMOR_TEST_MAIN(TstDgParserPhoto)
+VELMOR_TEST(TstDgParserPhoto)
 #include "tst_dg_parser_photo.moc"

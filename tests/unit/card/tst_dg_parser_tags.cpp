@@ -178,5 +178,5 @@ void TstDgParserTags::onlyThePlaceOfBirthLosesItsFill()
     QCOMPARE(parser.familyName(), QString("A<B"));
 }
 
-VELMOR_TEST_MAIN(TstDgParserTags)
+VELMOR_TEST(TstDgParserTags)
 #include "tst_dg_parser_tags.moc"

@@ -429,5 +429,5 @@ void TestPkcs11Hostile::tableThatFailsAtEachFunction()
     }
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Hostile)
+VELMOR_TEST(TestPkcs11Hostile)
 #include "tst_pkcs11_hostile.moc"

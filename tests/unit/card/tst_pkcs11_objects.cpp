@@ -274,5 +274,5 @@ void TestPkcs11Objects::laterDataOfTheSameLabelWins()
     QCOMPARE(values, (QMap<QString, QByteArray> { { "DG1", "new" } }));
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Objects)
+VELMOR_TEST(TestPkcs11Objects)
 #include "tst_pkcs11_objects.moc"

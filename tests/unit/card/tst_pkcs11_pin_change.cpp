@@ -350,5 +350,5 @@ void TestPkcs11PinChange::notADigitIsOneByteAll()
     QCOMPARE(card->calls().last(), QString("C_Login 1 user=1 pin=4"));
 }
 
-VELMOR_TEST_MAIN(TestPkcs11PinChange)
+VELMOR_TEST(TestPkcs11PinChange)
 #include "tst_pkcs11_pin_change.moc"

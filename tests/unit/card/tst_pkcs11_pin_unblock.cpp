@@ -320,5 +320,5 @@ void TestPkcs11PinUnblock::emptyPinsGoWithLengthZero()
     QCOMPARE(card->pins.size(), 7);
 }
 
-VELMOR_TEST_MAIN(TestPkcs11PinUnblock)
+VELMOR_TEST(TestPkcs11PinUnblock)
 #include "tst_pkcs11_pin_unblock.moc"

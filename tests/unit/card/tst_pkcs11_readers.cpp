@@ -272,5 +272,5 @@ void TestPkcs11Readers::selectionCanBeRepaired()
     QCOMPARE(pkcs11->isPinPad("Reader A"), 0);
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Readers)
+VELMOR_TEST(TestPkcs11Readers)
 #include "tst_pkcs11_readers.moc"

@@ -274,5 +274,5 @@ void TestPkcs11Search::failedFinalLeavesTheResult()
     QVERIFY(log->has("Pkcs11 err:  Błąd pobierania obiektów danych!"));
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Search)
+VELMOR_TEST(TestPkcs11Search)
 #include "tst_pkcs11_search.moc"

@@ -213,5 +213,5 @@ void TestPkcs11Simulator::nonsenseAnswersAreSurvived()
     QCOMPARE(pkcs11->tokenDataMap(reader, "eMRTD", {}).size(), 3);
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Simulator)
+VELMOR_TEST(TestPkcs11Simulator)
 #include "tst_pkcs11_simulator.moc"

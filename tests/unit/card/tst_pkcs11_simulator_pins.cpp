@@ -189,5 +189,5 @@ void TestPkcs11SimulatorPins::pinpadAnswers()
     QTEST(pkcs11->unblockPIN(reader, qualified, {}, {}), "unblock");
 }
 
-VELMOR_TEST_MAIN(TestPkcs11SimulatorPins)
+VELMOR_TEST(TestPkcs11SimulatorPins)
 #include "tst_pkcs11_simulator_pins.moc"

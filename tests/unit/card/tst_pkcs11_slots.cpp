@@ -348,5 +348,5 @@ void TestPkcs11Slots::emptyNameFindsNothing()
     QVERIFY(pkcs11->tokenInfo("  ", "Qualified").isEmpty());
 }
 
-VELMOR_TEST_MAIN(TestPkcs11Slots)
+VELMOR_TEST(TestPkcs11Slots)
 #include "tst_pkcs11_slots.moc"

@@ -259,5 +259,5 @@ void TestPkcs11TokenState::chipAsksNothing()
     QVERIFY(card->calls().isEmpty());
 }
 
-VELMOR_TEST_MAIN(TestPkcs11TokenState)
+VELMOR_TEST(TestPkcs11TokenState)
 #include "tst_pkcs11_token_state.moc"

@@ -389,5 +389,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestAnimWidget)
+VELMOR_TEST(TestAnimWidget)
 #include "tst_anim_widget.moc"

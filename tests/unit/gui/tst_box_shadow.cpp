@@ -167,5 +167,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestBoxShadow)
+VELMOR_TEST(TestBoxShadow)
 #include "tst_box_shadow.moc"

@@ -222,5 +222,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestGuiBase)
+VELMOR_TEST(TestGuiBase)
 #include "tst_gui_base.moc"

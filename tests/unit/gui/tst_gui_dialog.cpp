@@ -186,5 +186,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestGuiDialog)
+VELMOR_TEST(TestGuiDialog)
 #include "tst_gui_dialog.moc"

@@ -129,5 +129,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestGuiScaleFactor)
+VELMOR_TEST(TestGuiScaleFactor)
 #include "tst_gui_scale_factor.moc"

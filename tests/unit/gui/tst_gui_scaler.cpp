@@ -373,5 +373,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestGuiScaler)
+VELMOR_TEST(TestGuiScaler)
 #include "tst_gui_scaler.moc"

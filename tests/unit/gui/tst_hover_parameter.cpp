@@ -283,5 +283,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestHoverParameter)
+VELMOR_TEST(TestHoverParameter)
 #include "tst_hover_parameter.moc"

@@ -322,5 +322,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPopup)
+VELMOR_TEST(TestPopup)
 #include "tst_popup.moc"

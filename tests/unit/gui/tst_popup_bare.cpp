@@ -71,5 +71,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPopupBare)
+VELMOR_TEST(TestPopupBare)
 #include "tst_popup_bare.moc"

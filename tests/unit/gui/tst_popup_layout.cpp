@@ -397,5 +397,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPopupLayout)
+VELMOR_TEST(TestPopupLayout)
 #include "tst_popup_layout.moc"

@@ -285,5 +285,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPopupModal)
+VELMOR_TEST(TestPopupModal)
 #include "tst_popup_modal.moc"

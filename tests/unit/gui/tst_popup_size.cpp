@@ -161,5 +161,5 @@ private:
     }
 };
 
-VELMOR_TEST_MAIN(TestPopupSize)
+VELMOR_TEST(TestPopupSize)
 #include "tst_popup_size.moc"

@@ -233,5 +233,5 @@ void TestShared::loadingTwiceIsHarmless()
     QCOMPARE(QDir(":/images").entryList(), before);
 }
 
-VELMOR_TEST_MAIN(TestShared)
+VELMOR_TEST(TestShared)
 #include "tst_shared.moc"

@@ -133,5 +133,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstSysInfoGui)
+VELMOR_TEST(TstSysInfoGui)
 #include "tst_sys_info_gui.moc"

@@ -292,5 +292,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIpcBase)
+VELMOR_TEST(TestIpcBase)
 #include "tst_ipc_base.moc"

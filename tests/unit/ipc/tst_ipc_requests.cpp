@@ -169,5 +169,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIpcRequests)
+VELMOR_TEST(TestIpcRequests)
 #include "tst_ipc_requests.moc"

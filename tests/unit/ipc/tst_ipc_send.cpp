@@ -171,5 +171,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIpcSend)
+VELMOR_TEST(TestIpcSend)
 #include "tst_ipc_send.moc"

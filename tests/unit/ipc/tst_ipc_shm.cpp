@@ -301,5 +301,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestIpcShm)
+VELMOR_TEST(TestIpcShm)
 #include "tst_ipc_shm.moc"

@@ -126,5 +126,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestCertificateText)
+VELMOR_TEST(TestCertificateText)
 #include "tst_certificate_text.moc"

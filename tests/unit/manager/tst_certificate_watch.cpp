@@ -49,5 +49,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestCertificateWatch)
+VELMOR_TEST(TestCertificateWatch)
 #include "tst_certificate_watch.moc"

@@ -182,5 +182,5 @@ void TestForms::windowOpensOnTheSettingsPage()
     QVERIFY(ui.loading->isHidden());
 }
 
-VELMOR_TEST_MAIN(TestForms)
+VELMOR_TEST(TestForms)
 #include "tst_forms.moc"

@@ -250,5 +250,5 @@ void TestFormsLayout::firstFocusIsOnThePage()
     }
 }
 
-VELMOR_TEST_MAIN(TestFormsLayout)
+VELMOR_TEST(TestFormsLayout)
 #include "tst_forms_layout.moc"

@@ -150,5 +150,5 @@ void TestFormsTexts::accessibleTextsAreFixedInTheForm()
     QCOMPARE(widget->accessibleDescription(), description);
 }
 
-VELMOR_TEST_MAIN(TestFormsTexts)
+VELMOR_TEST(TestFormsTexts)
 #include "tst_forms_texts.moc"

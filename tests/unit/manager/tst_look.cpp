@@ -206,5 +206,5 @@ void TestLook::focusIsVisible()
     QVERIFY2(tried.size() > 60, qPrintable(tried.join(' ')));
 }
 
-VELMOR_TEST_MAIN(TestLook)
+VELMOR_TEST(TestLook)
 #include "tst_look.moc"

@@ -150,5 +150,5 @@ void TestLookDetails::twoButtonsFitTheNarrowestPopup()
     }
 }
 
-VELMOR_TEST_MAIN(TestLookDetails)
+VELMOR_TEST(TestLookDetails)
 #include "tst_look_details.moc"

@@ -136,5 +136,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPersonalData)
+VELMOR_TEST(TestPersonalData)
 #include "tst_personal_data.moc"

@@ -81,5 +81,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPhotoDecoder)
+VELMOR_TEST(TestPhotoDecoder)
 #include "tst_photo_decoder.moc"

@@ -188,5 +188,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinFields)
+VELMOR_TEST(TestPinFields)
 #include "tst_pin_fields.moc"

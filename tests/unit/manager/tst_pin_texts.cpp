@@ -113,5 +113,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestPinTexts)
+VELMOR_TEST(TestPinTexts)
 #include "tst_pin_texts.moc"

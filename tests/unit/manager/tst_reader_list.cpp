@@ -101,5 +101,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestReaderList)
+VELMOR_TEST(TestReaderList)
 #include "tst_reader_list.moc"

@@ -285,5 +285,5 @@ void TestThProxy::askingThreadIsNeverHeldUp()
     QCOMPARE(changed.size(), 1);
 }
 
-VELMOR_TEST_MAIN(TestThProxy)
+VELMOR_TEST(TestThProxy)
 #include "tst_thproxy.moc"

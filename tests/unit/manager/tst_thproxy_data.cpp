@@ -221,5 +221,5 @@ void TestThProxyData::photoOfNeitherIsEmpty()
     QCOMPARE(answers.first(), QList<QVariant> { QByteArray() });
 }
 
-VELMOR_TEST_MAIN(TestThProxyData)
+VELMOR_TEST(TestThProxyData)
 #include "tst_thproxy_data.moc"

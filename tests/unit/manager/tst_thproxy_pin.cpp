@@ -145,5 +145,5 @@ void TestThProxyPin::noPinReachesTheLog()
         QVERIFY2(!log->has(secret), qPrintable(log->text()));
 }
 
-VELMOR_TEST_MAIN(TestThProxyPin)
+VELMOR_TEST(TestThProxyPin)
 #include "tst_thproxy_pin.moc"

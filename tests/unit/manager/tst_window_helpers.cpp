@@ -182,5 +182,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestWindowHelpers)
+VELMOR_TEST(TestWindowHelpers)
 #include "tst_window_helpers.moc"

@@ -99,5 +99,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstCardSoftware)
+VELMOR_TEST(TstCardSoftware)
 #include "tst_card_software.moc"

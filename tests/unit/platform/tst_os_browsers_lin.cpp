@@ -183,5 +183,5 @@ private slots:
     void missingRootHasNoProfiles() { QCOMPARE(os.profileDirs("Firefox"), QStringList()); }
 };
 
-VELMOR_TEST_MAIN(TestOsBrowsersLin)
+VELMOR_TEST(TestOsBrowsersLin)
 #include "tst_os_browsers_lin.moc"

@@ -221,5 +221,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestOsLinux)
+VELMOR_TEST(TestOsLinux)
 #include "tst_os_linux.moc"

@@ -186,10 +186,10 @@ private slots:
     {
         QCOMPARE(Os().logsDir(), QString("C:\\tmp\\velmor"));
         QCOMPARE(Os().readersConfPath(), qEnvironmentVariable("APPDATA") + "\\velmor\\readers.conf");
-        QVERIFY(Os().programPath().endsWith("\\tst_os_report_win.exe"));
+        QVERIFY(Os().programPath().endsWith("\\tests_unit_platform.exe"));
         QCOMPARE(Os().programPathLatin1(), Os().programPath());
     }
 };
 
-VELMOR_TEST_MAIN(TstOsReport)
+VELMOR_TEST(TstOsReport)
 #include "tst_os_report_win.moc"

@@ -175,5 +175,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TestOsWin)
+VELMOR_TEST(TestOsWin)
 #include "tst_os_win.moc"

@@ -162,5 +162,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstPackageDatabase)
+VELMOR_TEST(TstPackageDatabase)
 #include "tst_package_database_lin.moc"

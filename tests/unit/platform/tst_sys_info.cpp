@@ -237,5 +237,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstSysInfo)
+VELMOR_TEST(TstSysInfo)
 #include "tst_sys_info.moc"

@@ -109,5 +109,5 @@ private slots:
     }
 };
 
-VELMOR_TEST_MAIN(TstUsbReaders)
+VELMOR_TEST(TstUsbReaders)
 #include "tst_usb_readers_lin.moc"

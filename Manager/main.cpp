@@ -1,6 +1,7 @@
 #include "window.h"
 
 #include "app/app.h"
+#include "app/version.h"
 #include "base/common.h"
 #include "base/platform.h"
 #include "gui/gui_base.h"
@@ -23,7 +24,6 @@ namespace {
 
 constexpr char programId[] = "Manager";
 constexpr char architecture[] = "x86_64";
-constexpr char shortVersion[] = "4.3.5";
 constexpr QSize designSize(900, 697);
 
 // Before any parser exists, so a joined form of the option does not count here although the parser knows it.
@@ -59,7 +59,7 @@ void chooseScaleFactors(int argc, char *argv[])
 void printProbe()
 {
     const QString text = "<Version>" + QCoreApplication::applicationVersion() + "</Version>" + "<Fix>"
-        + QString::number(App::fixNumber) + "</Fix>" + "<Translation>"
+        + QString::number(Version::fix) + "</Fix>" + "<Translation>"
         + QCoreApplication::translate("QPlatformTheme", "Close") + "</Translation>";
     std::fprintf(stdout, "%s\n", text.toLocal8Bit().constData());
     std::fflush(stdout);
@@ -117,7 +117,7 @@ int main(int argc, char *argv[])
     Platform::choosePlatformPlugin();
 
     QApplication application(argc, argv);
-    QCoreApplication::setApplicationVersion(shortVersion);
+    QCoreApplication::setApplicationVersion(Version::shortText);
     QTranslator translator;
     if (translator.load("qtbase_pl", QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&translator);

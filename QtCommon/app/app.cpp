@@ -3,9 +3,11 @@
 #include "app/app_log.h"
 #include "app/app_paths.h"
 #include "app/process.h"
+#include "app/version.h"
 #include "base/common.h"
 #include "base/ipc_msg.h"
 #include "base/platform.h"
+#include "base/segment.h"
 #include "base/settings.h"
 
 #include <QCoreApplication>
@@ -22,7 +24,6 @@
 
 namespace {
 
-constexpr int lockSize = 500;
 constexpr std::chrono::milliseconds shellStartPause { 200 };
 
 } // namespace
@@ -67,11 +68,11 @@ void App::init(const QString &displayName, const QString &installRoot, const QSt
     qDebug().noquote() << "root:" << root;
     arch = architecture;
     productId = productName().toLatin1();
-    appKey = productId + '_' + appId.toLower();
+    appKey = Segment::key(productId, appId);
     buildType = Common::isDev() ? "dev" : "prod";
-    appLock.set(QString::fromLatin1(appKey), lockSize);
+    appLock.set(QString::fromLatin1(appKey), Segment::size);
     qRegisterMetaType<IpcMsg>("IpcMsg");
-    qDebug().noquote() << name << appId << logName << appKey << fullVersion() << arch << buildType;
+    qDebug().noquote() << name << appId << logName << appKey << Version::fullText << arch << buildType;
     settings = Settings::instance();
     if (Common::isDev()) {
         docDir = devGetConfig("doc")->value("DOC_DIR").toString().trimmed() + "/../Projects/" + productId + '/';

@@ -37,9 +37,6 @@ public:
     QSharedPointer<QSharedMemory> lockSegment() const { return appLock.segment(); }
 
     static QString productName();
-    static QString fullVersion() { return "4.3.5.23"; }
-    static constexpr int fixNumber = 23;
-
     QString rootDir() const { return root; }
     QByteArray id() const { return appId; }
     // "velmor_manager": key of the lock, and this program's address on the message bus.

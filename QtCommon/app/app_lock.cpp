@@ -2,10 +2,6 @@
 
 #include <QDebug>
 
-namespace {
-constexpr int segmentSize = 500;
-}
-
 CommonAppLock::CommonAppLock(const QString &lockKey, int lockSize) : size(lockSize)
 {
     if (!lockKey.isEmpty())
@@ -71,6 +67,6 @@ bool CommonAppLock::isHeld()
 
 bool Common::isAppRunning(const QByteArray &id, const QByteArray &product)
 {
-    CommonAppLock lock(QString::fromLatin1(product + '_' + id.toLower()), segmentSize);
+    CommonAppLock lock(QString::fromLatin1(Segment::key(product, id)));
     return lock.isHeld();
 }

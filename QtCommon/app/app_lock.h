@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/segment.h"
+
 #include <QSharedMemory>
 #include <QSharedPointer>
 #include <QString>
@@ -10,7 +12,7 @@
 class CommonAppLock {
 public:
     // With an empty key no segment is made until `set`.
-    explicit CommonAppLock(const QString &key = {}, int size = 500);
+    explicit CommonAppLock(const QString &key = {}, int size = Segment::size);
     ~CommonAppLock();
     CommonAppLock(const CommonAppLock &) = delete;
     CommonAppLock &operator=(const CommonAppLock &) = delete;

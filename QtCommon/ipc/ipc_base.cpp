@@ -1,6 +1,7 @@
 #include "ipc/ipc_base.h"
 
 #include "base/common.h"
+#include "base/segment.h"
 
 #include <QDebug>
 #include <QMetaObject>
@@ -28,7 +29,7 @@ QByteArray newRequestId()
 
 QByteArray segmentKey(const QByteArray &program)
 {
-    return Common::productName().toLatin1() + '_' + program.toLower();
+    return Segment::key(Common::productName().toLatin1(), program);
 }
 
 IpcBase::IpcBase(QObject *parent) : QObject(parent)

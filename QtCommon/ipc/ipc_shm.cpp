@@ -2,6 +2,7 @@
 
 #include "app/app.h"
 #include "base/common_c.h"
+#include "base/segment.h"
 
 #include <QDebug>
 #include <QThread>
@@ -13,7 +14,6 @@
 
 namespace {
 
-constexpr int segmentSize = 500;
 constexpr std::chrono::milliseconds pollInterval { 100 };
 constexpr std::chrono::milliseconds retryInterval { 50 };
 constexpr int attempts = 49;
@@ -26,7 +26,7 @@ void wipe(QSharedMemory &inbox, int size)
 
 } // namespace
 
-IpcShm::IpcShm(QObject *parent) : IpcBase(parent), size(segmentSize) { }
+IpcShm::IpcShm(QObject *parent) : IpcBase(parent), size(Segment::size) { }
 
 IpcShm::~IpcShm()
 {

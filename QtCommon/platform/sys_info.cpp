@@ -1,6 +1,6 @@
 #include "platform/sys_info.h"
 
-#include "app/app.h"
+#include "app/version.h"
 #include "base/common.h"
 #include "platform/os.h"
 
@@ -15,7 +15,7 @@ struct Report {
 
 QString versionSection(Report &)
 {
-    return SysInfo::tr("Wersja aplikacji: ") + App::fullVersion() + "\n";
+    return SysInfo::tr("Wersja aplikacji: ") + Version::fullText + "\n";
 }
 
 QString systemSection(Report &report)

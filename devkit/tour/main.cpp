@@ -10,6 +10,7 @@
 #include "states.h"
 
 #include "app/app.h"
+#include "app/version.h"
 #include "base/common.h"
 #include "base/platform.h"
 #include "base/settings.h"
@@ -49,7 +50,7 @@ void praiseReader()
 
 void setUpApplication()
 {
-    QCoreApplication::setApplicationVersion("4.3.5");
+    QCoreApplication::setApplicationVersion(Version::shortText);
     Shared::loadResources();
     App::instance()->initQApp();
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);

@@ -1,5 +1,6 @@
 #include "states.h"
 
+#include "app/version.h"
 #include "base/common.h"
 #include "base/ipc_msg.h"
 #include "gui/sys_info_gui.h"
@@ -78,7 +79,7 @@ bool helpScrolled(Tour &tour)
 }
 
 // For the manual, the report of an invented computer: the same wherever the picture is taken.
-constexpr char specimenReport[] = "Wersja aplikacji: 4.3.5.23\n"
+constexpr char specimenReport[] = "Wersja aplikacji: %1\n"
                                   "Katalog: C:/Program Files/velmor\n"
                                   "System: Windows 11 Pro 22631\n"
                                   "Architektura: x86_64, x86_64-little_endian-llp64\n"
@@ -98,9 +99,9 @@ constexpr char specimenReport[] = "Wersja aplikacji: 4.3.5.23\n"
 bool helpOfTheManual(Tour &tour)
 {
     const bool entered = helpAnswered(tour);
+    const QString report = QString(specimenReport).replace("%1", Version::fullText);
     const QString screens = SysInfoGui::screensSection({ { QSize(1920, 1080), 96, 1 } });
-    tour.find<QTextBrowser>("tDiagnosticsRaport")
-        ->setText(SysInfoGui::richText(specimenReport, screens, "C:\\tmp\\velmor"));
+    tour.find<QTextBrowser>("tDiagnosticsRaport")->setText(SysInfoGui::richText(report, screens, "C:\\tmp\\velmor"));
     return entered;
 }
 

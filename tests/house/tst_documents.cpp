@@ -1,6 +1,7 @@
 #include "support/testmain.h"
 
 #include "app/app.h"
+#include "app/version.h"
 #include "base/common.h"
 #include "base/platform.h"
 
@@ -38,6 +39,16 @@ private:
 
 private slots:
     void initTestCase() { App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager"); }
+
+    void manualAndHistoryTellTheVersion()
+    {
+        const QStringList told = captured(readFileText(manual()), "<p>Wersja aplikacji: ([^<]*)</p>");
+        const QStringList versions = captured(readFileText(changelog()), "<h2>Wersja ([^<]*)</h2>");
+
+        QCOMPARE(told, QStringList { Version::shortText });
+        QVERIFY(!versions.isEmpty());
+        QCOMPARE(versions.first(), QString(Version::shortText));
+    }
 
     void documentIsValid_data() { addDocuments(); }
     void documentIsValid()

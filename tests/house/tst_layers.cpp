@@ -87,7 +87,8 @@ void TstLayers::initTestCase()
 void TstLayers::tableNamesEveryFolderOfTheProduct()
 {
     QStringList folders = QDir(root + "/QtCommon").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    folders << "Manager" << "Shared";
+    folders << "Manager"
+            << "Shared";
     folders.sort();
     QCOMPARE(QStringList(table.keys()), folders);
 }

@@ -2,6 +2,7 @@
 
 #include "app/app.h"
 #include "app/app_lock.h"
+#include "app/version.h"
 #include "base/platform.h"
 
 #include <QDir>
@@ -99,8 +100,8 @@ void TstAppIdentity::oneObjectForTheProcess()
 
 void TstAppIdentity::versionIsTheFullOne()
 {
-    QCOMPARE(App::fullVersion(), QString("4.3.5.23"));
-    QCOMPARE(int(App::fixNumber), 23);
+    QCOMPARE(QString(Version::fullText), QString("4.3.5.23"));
+    QCOMPARE(int(Version::fix), 23);
 }
 
 void TstAppIdentity::identityComesFromNameAndId_data()

@@ -6,9 +6,10 @@ constexpr int mostPolls = 41;
 
 }
 
-void CertificateWatch::begin(int windowCount)
+void CertificateWatch::begin(int windowCount, int page)
 {
     mark = windowCount;
+    pageOfClick = page;
     polls = 0;
 }
 

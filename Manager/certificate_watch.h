@@ -5,7 +5,9 @@
 // is -1: it is below the mark and does not lower it.
 class CertificateWatch {
 public:
-    void begin(int windowCount);
+    // `page` is the one that asks; it is kept for the caller.
+    void begin(int windowCount, int page = 0);
+    int page() const { return pageOfClick; }
     bool hasCome(int windowCount);
     // Whether there is one more try; asking uses it up.
     bool mayTryAgain();
@@ -13,4 +15,5 @@ public:
 private:
     int mark = 0;
     int polls = 0;
+    int pageOfClick = 0;
 };

@@ -1,6 +1,6 @@
 #include "pin_fields.h"
 
-#include "field_style.h"
+#include "gui/spoken_focus.h"
 
 #include <QAbstractButton>
 #include <QLabel>
@@ -28,7 +28,7 @@ bool isComplete(const PinEntry &entry)
     }
     if (entry.restyled)
         setFieldStyle(entry.field, true);
-    showFieldHint(entry.hint, "blue", entry.hintText);
+    showFieldHint(entry.hint, PinTexts::Colour::Neutral, entry.hintText);
     return false;
 }
 
@@ -45,9 +45,20 @@ void forgetEntry(QLineEdit *field)
     field->setText({});
 }
 
-void showFieldHint(QLabel *label, const QString &colour, const QString &text)
+void setFieldStyle(QLineEdit *lineEdit, bool good)
 {
-    label->setStyleSheet(label->styleSheet() + (colour == "red" ? " color:#EA0449;" : " color:#2B9EEB;"));
+    static const QString border =
+        "border-style: none;\nborder-radius:10px;padding: 10px;font-size: 16px;font-family: Poppins;";
+    static const QString goodColours = "background: rgba(212, 214, 215, 70%);";
+    static const QString badColours = "background:rgb(234,4,73,30%); color: rgb(234,4,73);";
+    lineEdit->setStyleSheet(border + (good ? goodColours : badColours));
+}
+
+void showFieldHint(QLabel *label, PinTexts::Colour colour, const QString &text)
+{
+    const bool red = colour == PinTexts::Colour::Error;
+    const QString value = PinTexts::colourValue(red ? colour : PinTexts::Colour::Neutral);
+    label->setStyleSheet(label->styleSheet() + " color:" + value + ';');
     label->setText(text);
     label->show();
 }
@@ -59,6 +70,54 @@ void enableWhenComplete(QAbstractButton *button, const QList<PinEntry> &entries)
     for (const PinEntry &entry : entries)
         complete = isComplete(entry) && complete;
     button->setEnabled(complete);
+}
+
+void PinForm::admit(const Rule &secretRule, const Rule &freshRule) const
+{
+    admitPin(secret, secretRule.pattern);
+    admitPin(fresh, freshRule.pattern);
+    admitPin(repeat, freshRule.pattern);
+}
+
+void PinForm::check(const Rule &secretRule, const Rule &freshRule) const
+{
+    enableWhenComplete(send,
+                       {
+                           { secret, secretHint, secretRule.digits, secretRule.hint, true },
+                           // Never restyled while typing, unlike its neighbours.
+                           { fresh, freshHint, freshRule.digits, freshRule.hint, false },
+                           { repeat, repeatHint, freshRule.digits, freshRule.hint, true },
+                       });
+}
+
+void PinForm::markRepetition(bool match) const
+{
+    setFieldStyle(repeat, match);
+    if (match)
+        return;
+    showFieldHint(repeatHint, PinTexts::Colour::Error, "Niepoprawny PIN. Popraw PIN.");
+    repeat->setAccessibleName("Powtórzony nowy PIN różni się");
+    focusAloud(repeat);
+}
+
+void PinForm::clear() const
+{
+    for (QLineEdit *field : { fresh, secret, repeat }) {
+        forgetEntry(field);
+        setFieldStyle(field, true);
+    }
+}
+
+void PinForm::forget() const
+{
+    for (QLineEdit *field : { secret, fresh, repeat })
+        forgetEntry(field);
+}
+
+void PinForm::hideHints() const
+{
+    for (QLabel *hint : { secretHint, freshHint, repeatHint })
+        hint->hide();
 }
 
 void markFocusInRings(QWidget *before, QWidget *now)

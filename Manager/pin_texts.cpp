@@ -1,5 +1,7 @@
 #include "pin_texts.h"
 
+#include "card/card_results.h"
+
 #include <QMap>
 
 #include <algorithm>
@@ -32,17 +34,27 @@ QString colourValue(Colour colour)
     return "#2B9EEB";
 }
 
+QString pageTitle(int key)
+{
+    static const QMap<int, QString> titles {
+        { ChangeTitle, "Zmiana PIN-u" },
+        { UnblockTitle, "Odblokowanie PIN-u " },
+        { FirstPinTitle, "Nadawanie PIN-u " },
+    };
+    return titles.value(key);
+}
+
 const Outcome *changeOutcome(int code)
 {
     constexpr const char *wrongPin = "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN";
-    // -1 is any failure without a code of its own, a lost session too; it is told as a wrong PIN.
+    // The last is any failure without a code of its own, a lost session too; it is told as a wrong PIN.
     static const Outcome rows[] = {
-        { 0, Colour::Success, "Pin changed correctly", "PIN został zmieniony", nullptr },
-        { -11, Colour::Error, "changePinFin() -- Operation rejected", "Zmiana PIN-u przerwana", nullptr },
-        { -9, Colour::Error, "changePinFin() -- Pins Don't Match", "Podane PINy różnią się", nullptr },
-        { -8, Colour::Neutral, "changePinFin() -- Operation canceled", "Zmiana PIN-u anulowana", nullptr },
-        { -6, Colour::Error, "changePinFin() -- Incorrect Actual Pin", wrongPin, nullptr },
-        { -1, Colour::Error, "changePinFin() -- Incorrect Actual Pin", wrongPin, nullptr },
+        { CardResult::done, Colour::Success, "Pin changed correctly", "PIN został zmieniony" },
+        { CardResult::aborted, Colour::Error, "changePinFin() -- Operation rejected", "Zmiana PIN-u przerwana" },
+        { CardResult::pinsDiffer, Colour::Error, "changePinFin() -- Pins Don't Match", "Podane PINy różnią się" },
+        { CardResult::cancelled, Colour::Neutral, "changePinFin() -- Operation canceled", "Zmiana PIN-u anulowana" },
+        { CardResult::wrongPin, Colour::Error, "changePinFin() -- Incorrect Actual Pin", wrongPin },
+        { CardResult::failed, Colour::Error, "changePinFin() -- Incorrect Actual Pin", wrongPin },
     };
     return find(rows, code);
 }
@@ -53,16 +65,16 @@ const Outcome *unblockOutcome(int code)
     constexpr const char *wrongPukForFirstPin = "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.";
     // An abort reads like a cancellation here and is no error, unlike in a change.
     static const Outcome rows[] = {
-        { 0, Colour::Success, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany",
+        { CardResult::done, Colour::Success, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany",
           "PIN został nadany" },
-        { -11, Colour::Neutral, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
+        { CardResult::aborted, Colour::Neutral, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
           "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie." },
-        { -9, Colour::Error, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się",
+        { CardResult::pinsDiffer, Colour::Error, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się",
           "Podane PINy różnią się" },
-        { -8, Colour::Neutral, "unblockPinFin() -- Operation canceled", "Odblokowanie PIN-u anulowane",
-          "Nadawanie PIN-u anulowane" },
-        { -4, Colour::Error, "unblockPinFin() -- Incorrect PUK", wrongPuk, wrongPukForFirstPin },
-        { -1, Colour::Error, "unblockPinFin() -- Incorrect PUK", wrongPuk, wrongPukForFirstPin },
+        { CardResult::cancelled, Colour::Neutral, "unblockPinFin() -- Operation canceled",
+          "Odblokowanie PIN-u anulowane", "Nadawanie PIN-u anulowane" },
+        { CardResult::wrongPuk, Colour::Error, "unblockPinFin() -- Incorrect PUK", wrongPuk, wrongPukForFirstPin },
+        { CardResult::failed, Colour::Error, "unblockPinFin() -- Incorrect PUK", wrongPuk, wrongPukForFirstPin },
     };
     return find(rows, code);
 }
@@ -72,8 +84,8 @@ const PukPageWords &unblockWords()
     static const PukPageWords words {
         "Odblokowanie PIN-u",
         "PIN jest zablokowany. Użyj numeru PUK do nadania nowego PIN-u.",
-        "red",
-        "Zmień PIN",
+        Colour::Error,
+        PinWord::change,
         "Nowy PIN",
         "Powtórz nowy PIN",
         "2. Podaj nowy PIN",
@@ -89,8 +101,8 @@ const PukPageWords &firstPinWords()
     static const PukPageWords words {
         "Nadawanie PIN-u",
         "Twój dowód nie ma nadanego PIN-u. Wpisz PUK i nadaj PIN.",
-        "blue",
-        "Nadaj PIN",
+        Colour::Neutral,
+        PinWord::first,
         "PIN",
         "Powtórz PIN",
         "2. Podaj PIN",

@@ -12,8 +12,10 @@ enum class Colour { Error, Success, Neutral };
 // "#RRGGBB", the same in every theme.
 QString colourValue(Colour colour);
 
-// Key of the window's page titles.
+// Key of the titles of the PIN pages and of the page with the result. Two of them end in a blank, which is meant.
 enum TitleKey { ChangeTitle = 1, UnblockTitle = 2, FirstPinTitle = 3 };
+
+QString pageTitle(int key); // empty for another key
 
 // What one result of Pkcs11::changePIN or Pkcs11::unblockPIN is told as.
 struct Outcome {
@@ -21,7 +23,7 @@ struct Outcome {
     Colour colour;
     const char *log;
     const char *text;
-    const char *firstPinText; // instead of text while a first PIN is set
+    const char *firstPinText = nullptr; // instead of text while a first PIN is set
 };
 
 // Null for a code that shows nothing: the page stands.
@@ -32,7 +34,7 @@ const Outcome *unblockOutcome(int code);
 struct PukPageWords {
     const char *mainTitle; // the page's own, without the blank of the result page's
     const char *details;
-    const char *detailsColour; // as showFieldHint takes it
+    Colour detailsColour;
     const char *button;
     const char *newPin;
     const char *repeatPin;

@@ -16,9 +16,7 @@
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
 #include "gui/link_focus.h"
-#include "home_cards.h"
 #include "ipc/ipc.h"
-#include "pin_fields.h"
 #include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
 #include "text_width.h"
@@ -39,19 +37,20 @@ constexpr int framesPerSecond = 10;
 constexpr QRect titleAlone(35, 25, 422, 31);
 constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
 
+void warnWithoutSsl()
+{
+    QString text = "SSL not supported";
+    if (Common::isDev())
+        text += " - Copy ssleay32.dll and libeay32.dll from SDK\\openssl-1.1.1k into " + qEnvironmentVariable("QTDIR")
+            + "\\bin";
+    qDebug().noquote() << text;
+}
+
 } // namespace
 
 Window::Window(QWidget *parent) :
     QMainWindow(parent), app(App::instance()), guiBase(GuiBase::instance()), ui(new Ui::Window),
-    settings(Settings::instance()), pageTitles { { 1, "Zmiana PIN-u" },
-                                                 { 2, "Odblokowanie PIN-u " },
-                                                 { 3, "Nadawanie PIN-u " } },
-    pinDigits { { "Authentication", 4 }, { "Authorization", 6 }, { "Qualified", 8 } }, containerTitles {
-        { "Authentication", "Certyfikat do identyfikacji i uwierzytelniania" },
-        { "Authorization", "Certyfikat do podpisu osobistego" },
-        { "Presence", "Certyfikat do potwierdzania obecności" },
-        { "Qualified", "Certyfikat kwalifikowany" }
-    }
+    settings(Settings::instance())
 {
     // Looking for the TLS library takes long and is not needed until the end, so the other core does it meanwhile.
     std::future<bool> ssl = std::async(std::launch::async, &QSslSocket::supportsSsl);
@@ -64,10 +63,9 @@ Window::Window(QWidget *parent) :
     integrator = new Integrator(app, osInfo);
     applyShadows();
     hideOptionalWidgets();
-    letEnterPressButtons();
-    installHover();
+    hover = new HoverParameter;
+    hover->setParent(this);
     setFixedTexts();
-    setDocumentLinks();
     startIpc();
     connectHeaderAndFooter();
     connectHomePage();
@@ -121,11 +119,6 @@ void Window::createGuiHelpers()
     scaler->setFactor(1.0);
     scaler->svg({ ui->lfooter, ui->lostrel, ui->lno_connection, ui->lpinpad, ui->lchange_card });
     scaler->svgOne(ui->lPinPadImg_2, "pinpad.svg");
-    applyTheme();
-}
-
-void Window::applyTheme()
-{
     const QString style = guiBase->file("styles-window.css");
     if (!style.isEmpty())
         ui->mainFrame->setStyleSheet(style);
@@ -152,39 +145,11 @@ void Window::hideOptionalWidgets()
         widget->hide();
 }
 
-// Outside of dialogs only the blank would.
-void Window::letEnterPressButtons()
-{
-    for (QPushButton *button : findChildren<QPushButton *>())
-        button->setAutoDefault(true);
-}
-
-void Window::installHover()
-{
-    hover = new HoverParameter;
-    hover->setParent(this);
-    for (QWidget *tile :
-         { ui->icao, ui->authenticationCert, ui->authorizationCert, ui->presenceCert, ui->qualifiedCert })
-        tile->installEventFilter(hover);
-    connect(hover, &HoverParameter::moveToPage, this, &Window::moveToCertInfoPage);
-}
-
 void Window::setFixedTexts()
 {
     ui->lVersion->setText(QString("Wersja aplikacji: <b>%1</b>").arg(QCoreApplication::applicationVersion()));
     // The one title with a blank behind it, which is meant.
     setPageTitle("velmor Menedżer ");
-    QLabel *const titles[] = { ui->labelTitleAuthenCert, ui->labelTitleAuthorCert, ui->labelTitlePresenceCert,
-                               ui->labelTitleQualifiedCert };
-    QLabel *const texts[] = { ui->lTextAuthenCert, ui->lTextAuthorCert, ui->lTextPresenceCert, ui->lTextQualifiedCert };
-    for (const HomeCards::Texts &row : HomeCards::texts()) {
-        titles[row.container]->setText(row.title);
-        texts[row.container]->setText("<p>" + QString(row.text) + "</p>");
-    }
-}
-
-void Window::setDocumentLinks()
-{
     ui->lGuide->setText(documentLink(app->manualPath(), "Instrukcja"));
     // Two blanks, which is meant.
     ui->lLicense->setText(documentLink(app->licensePath(), "Umowa  Licencyjna"));
@@ -217,31 +182,20 @@ void Window::connectHeaderAndFooter()
     connect(ui->bWarningIcon, &QAbstractButton::clicked, this, &Window::showReaderWarningPopup);
 }
 
-void Window::connectHomePage()
-{
-    const auto clicked = &QAbstractButton::clicked;
-    connect(ui->bArrowAuthenCert, clicked, this, &Window::chooseAuthenticationCertInfo);
-    connect(ui->bChangePinAuthenCert, clicked, this, &Window::chooseAuthenticationCertPIN);
-    connect(ui->bArrowAuthorCert, clicked, this, &Window::chooseAuthorizationCertInfo);
-    connect(ui->bChangePinAuthorCert, clicked, this, &Window::chooseAuthorizationCertPIN);
-    connect(ui->bArrowPresenceCert, clicked, this, &Window::choosePresenceCertInfo);
-    connect(ui->bArrowQualifiedCert, clicked, this, &Window::chooseQualifiedCertInfo);
-    connect(ui->bChangePinQualifiedCert, clicked, this, &Window::chooseQualifiedCertPIN);
-    connect(ui->bArrowICAO, clicked, this, &Window::moveToAllDataPage);
-}
-
 void Window::connectPinPages()
 {
+    changeForm = { ui->lineActualPin, ui->lActualPinInfo, ui->lineNewPin, ui->lNewPinInfo,
+                   ui->lineRepeatPin, ui->lRepeatPinInfo, ui->bChangePin };
+    unblockForm = { ui->lineInsertPuk,    ui->lPinInfoPuk,       ui->lineNewPinPuk, ui->lNewPinInfoPuk,
+                    ui->lineRepeatPinPuk, ui->lRepeatPinInfoPuk, ui->bChangePinPuk };
     for (QPushButton *button : { ui->bWrocPin, ui->bWrocPuk, ui->bCancel, ui->bCancel_2 })
         connect(button, &QAbstractButton::clicked, this, &Window::moveToHomePage);
-    connect(ui->bChangePin, &QAbstractButton::clicked, this, &Window::changePin);
-    connect(ui->bChangePinPuk, &QAbstractButton::clicked, this, &Window::unblockPin);
-    for (QLineEdit *field : { ui->lineActualPin, ui->lineNewPin, ui->lineRepeatPin })
+    connect(changeForm.send, &QAbstractButton::clicked, this, &Window::changePin);
+    connect(unblockForm.send, &QAbstractButton::clicked, this, &Window::unblockPin);
+    for (QLineEdit *field : { changeForm.secret, changeForm.fresh, changeForm.repeat })
         connect(field, &QLineEdit::textEdited, this, &Window::disableEnableChangePin);
-    for (QLineEdit *field : { ui->lineInsertPuk, ui->lineNewPinPuk, ui->lineRepeatPinPuk })
+    for (QLineEdit *field : { unblockForm.secret, unblockForm.fresh, unblockForm.repeat })
         connect(field, &QLineEdit::textEdited, this, &Window::disableEnableUnblockPin);
-    for (QLineEdit *field : findChildren<QLineEdit *>())
-        field->setInputMethodHints(field->inputMethodHints() | Qt::ImhDigitsOnly);
     connect(qApp, &QApplication::focusChanged, this, markFocusInRings);
 }
 
@@ -291,15 +245,6 @@ void Window::connectWorkerAnswers()
     connect(thProxy, &ThProxy::unblockPinFin, this, &Window::unblockPinFin);
 }
 
-void Window::warnWithoutSsl()
-{
-    QString text = "SSL not supported";
-    if (Common::isDev())
-        text += " - Copy ssleay32.dll and libeay32.dll from SDK\\openssl-1.1.1k into " + qEnvironmentVariable("QTDIR")
-            + "\\bin";
-    qDebug().noquote() << text;
-}
-
 void Window::runMonitor()
 {
     if (Common::isAppRunning("Monitor", "velmor"))
@@ -316,6 +261,23 @@ void Window::setError(const QString &err)
 bool Window::isPage(const QWidget *page) const
 {
     return ui->pager->currentWidget() == page;
+}
+
+bool Window::needsNoCard() const
+{
+    return isPage(ui->pageSettings) || isPage(ui->pageHelp);
+}
+
+bool Window::isPinPage() const
+{
+    return isPage(ui->pageChangePin) || isPage(ui->pageUnblockPin);
+}
+
+void Window::enterPage(QWidget *page, const QString &title, const QString &subtitle)
+{
+    ui->cbReaders->setEnabled(false);
+    ui->pager->setCurrentWidget(page);
+    setPageTitle(title, subtitle);
 }
 
 void Window::setPageTitle(const QString &title, const QString &subtitle)

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "card/card-parser.h"
-#include "card/cert_store.h"
+#include "card_in_reader.h"
 #include "certificate_watch.h"
-#include "personal_data.h"
+#include "header_drag.h"
+#include "pin_fields.h"
 #include "pin_texts.h"
 #include "stuck_guard.h"
 
 #include <QByteArrayList>
-#include <QImage>
 #include <QMainWindow>
-#include <QMap>
 #include <QStringList>
 #include <QThread>
 
@@ -23,9 +21,7 @@ class Integrator;
 class Ipc;
 class IpcMsg;
 class Pkcs11;
-class QFrame;
 class QLabel;
-class QPushButton;
 class QSslCertificate;
 class QUrl;
 class QVBoxLayout;
@@ -42,7 +38,8 @@ class Window;
 // card worker answers and never waits for it: a request is a signal to ThProxy, the answer a slot whose name ends in
 // Fin or begins with loaded. While a request runs the loader hides the pages, which is the guard against a second one.
 // One source file a flow: window.cpp construction and small helpers, window_shell.cpp header, loader and quitting,
-// window_readers.cpp reader lists and the reading of a card, window_home.cpp the home page, and so on.
+// window_readers.cpp reader lists, window_card_read.cpp the reading of a card, window_home.cpp the home page, and so
+// on. What is known of the card is a value of its own, and so are the two forms in which PINs are typed.
 class Window : public QMainWindow {
     Q_OBJECT
 
@@ -149,26 +146,25 @@ protected:
 private:
     // window.cpp
     void createGuiHelpers();
-    void applyTheme();
     void applyShadows();
     void hideOptionalWidgets();
-    void letEnterPressButtons();
-    void installHover();
     void setFixedTexts();
-    void setDocumentLinks();
     void startIpc();
     void connectHeaderAndFooter();
-    void connectHomePage();
     void connectPinPages();
     void connectSettingsAndHelp();
     void startWorker();
     void connectWorkerRequests();
     void connectWorkerAnswers();
-    void warnWithoutSsl();
     void runMonitor();
     void setPageTitle(const QString &title, const QString &subtitle = {});
     void setLabelElided(QLabel *label, const QString &text);
     bool isPage(const QWidget *page) const;
+    // The settings and the help are not disturbed by what happens to the card.
+    bool needsNoCard() const;
+    bool isPinPage() const;
+    // For the pages on which no other reader can be chosen.
+    void enterPage(QWidget *page, const QString &title, const QString &subtitle = {});
 
     // window_shell.cpp
     void loaderShow(const QString &title, const QString &unused = {}, bool unusedFlag = false,
@@ -181,54 +177,44 @@ private:
     void setHomeParams();
     void checkReaderWarning(const QString &readerName);
     void enableReadersOnlyWithChoice();
-    void clearHomeLabels();
-    void clearPersonalDataPage();
+
+    // window_card_read.cpp
+    void showNoElectricLayer();
+    void fillNamesFromCertificate(const QByteArray &der);
     void clearPerson();
 
     // window_home.cpp
-    bool cardHasGone() const;
-    void chooseContainer(const QString &name);
-    void showNoElectricLayer();
-    void fillNamesFromCertificate(const QByteArray &der);
-    void setCardButtonText(QPushButton *button, const QString &text);
-    void updateHomeCards();
-    void updateQualifiedCard();
+    void connectHomePage();
+    void choosePin(const QString &name);
+    void chooseCertificates(const QString &name);
+    void showPinWords();
     void updatePukTriesLabels();
+    void updateHomeCards();
+    void describeQualifiedTile();
     void showPhotoIn(QLabel *label);
 
     // window_personal_data.cpp
     void showPersonalData();
-    int fillPersonalRows(const QVector<PersonalData::Row> &rows, PersonalData::Block block, QFrame *&focus);
 
     // window_certificates.cpp
     void fillCertificates(const QString &name);
 
     // window_messages.cpp
-    void ipcWindowFocus(const IpcMsg &m);
-    void ipcSettings(const IpcMsg &m);
-    void ipcHelp(const IpcMsg &m);
+    void ipcWindowFocus();
     void ipcReaders(const IpcMsg &m);
-    void ipcDiagnoseReaders(const IpcMsg &m);
-    void ipcCheckForUpdate(const IpcMsg &m);
-    void ipcIgnored(const IpcMsg &m);
     bool readersNeedReload(const QString &value, const QStringList &names, const QString &err) const;
     void askMonitorForReaders();
 
     // window_settings.cpp
     void forgetResult();
-    void forgetRememberedCan();
 
     // window_help.cpp
-    void appendDiagnosis(const QString &diagnosis);
-    void openLogsFolder();
-    void createLogsFolder();
-    void clearConfigFile();
+    void ipcDiagnoseReaders(const IpcMsg &m);
 
     // window_pin_change.cpp
     enum PinPage { ChangePage = 2, UnblockPage = 3 };
+    PinForm::Rule pinRule() const;
     void forgetPinEntries();
-    QString pinPattern() const;
-    QString pinLengthHint() const;
     void leavePinPageForPuk();
     void showPinPage();
     void changePinOnPad();
@@ -241,16 +227,11 @@ private:
     void showResultPage(const QString &text, PinTexts::Colour colour, int titleKey);
 
     // window_pin_unblock.cpp
-    bool pukIsBlocked() const;
-    bool pukGoesThroughPad() const;
-    bool firstPinIsOffered() const;
     const PinTexts::PukPageWords &pukPageWords() const;
     void setPukPageWords();
     void describePukPage();
 
-    QImage photo;
-    DGParser dgParser;
-    CertStore certStore;
+    CardInReader card;
     App *app;
     GuiBase *guiBase;
     GuiScaler *scaler = nullptr;
@@ -262,27 +243,20 @@ private:
     Ui::Window *ui;
     HoverParameter *hover = nullptr;
     int closeAttempts = 0;
-    int pinStatus = 0;
-    int triesLeftPUK = 0;
-    bool dragging = false;
-    QPoint dragPos;
-    bool busyFlag = false;
+    int pinStatus = 0; // tries of the container in hand
+    HeaderDrag drag;
+    bool busyFlag = false; // from loaderShow to loaderHide, and while what was typed is checked
     int integrationAppsCount = 0;
     Settings *settings;
-    QMap<int, QString> pageTitles;
-    QMap<QString, int> pinDigits;
-    QMap<QString, QString> containerTitles;
-    QMap<QString, int> containerTries;
+    PinForm changeForm {};
+    PinForm unblockForm {};
     AnimWidget *loader = nullptr;
     AnimWidget *photoLoader = nullptr;
-    QString reader;
-    QString conteiner;
+    QString reader; // in use; empty between list updates
+    QString conteiner; // chosen on the home page
     QThread workerThread;
     StuckGuard stuckGuard;
-    bool pinPad = false;
-    bool newReaders = false;
-    bool readersRequested = false;
-    int typeOfChipValue = 0;
+    bool newReaders = false; // a change waits for the return to the home page
+    bool readersRequested = false; // the next list reads the card
     CertificateWatch certWatch;
-    QWidget *certWatchPage = nullptr; // page on which it began
 };

@@ -4,6 +4,7 @@
 // own window, which is another program: all that is known of it is the number of such windows. The loader covers the
 // page until there is one more, or for half a minute at most.
 
+#include "card/card_tables.h"
 #include "cert_widget.h"
 #include "certificate_text.h"
 #include "platform/os.h"
@@ -26,11 +27,9 @@ constexpr std::chrono::milliseconds pollInterval { 500 };
 
 void Window::moveToCertInfoPage()
 {
-    ui->cbReaders->setEnabled(false);
-    ui->pager->setCurrentWidget(ui->pageCertInfo);
+    enterPage(ui->pageCertInfo, "Szczegóły", containerTitle(conteiner));
     ui->bWroc->show();
     fillCertificates(conteiner);
-    setPageTitle("Szczegóły", containerTitles.value(conteiner));
 }
 
 void Window::fillCertificates(const QString &name)
@@ -39,7 +38,7 @@ void Window::fillCertificates(const QString &name)
     table->clear();
     table->setFocusPolicy(Qt::NoFocus);
     QList<QSslCertificate> certificates;
-    for (const QByteArray &der : certStore.certs(CertStore::containerIndex(name)))
+    for (const QByteArray &der : card.certs.certs(CertStore::containerIndex(name)))
         certificates += QSslCertificate::fromData(der, QSsl::Der);
     const int count = certificates.size();
     table->setColumnCount(count == 0 ? 0 : CertificateText::columns(count));
@@ -47,11 +46,11 @@ void Window::fillCertificates(const QString &name)
     for (int i = 0; i < count; ++i) {
         const int row = i / table->columnCount();
         const int column = i % table->columnCount();
-        auto *card = new CertWidget(this, certificates[i], table, i == 0);
-        table->setColumnWidth(column, card->width());
-        table->setRowHeight(row, card->height());
-        table->setCellWidget(row, column, card);
-        connect(card, &CertWidget::reached, table,
+        auto *widget = new CertWidget(this, certificates[i], table, i == 0);
+        table->setColumnWidth(column, widget->width());
+        table->setRowHeight(row, widget->height());
+        table->setCellWidget(row, column, widget);
+        connect(widget, &CertWidget::reached, table,
                 [table, row, column] { table->scrollTo(table->model()->index(row, column)); });
     }
 }
@@ -62,8 +61,7 @@ void Window::openCertWin(const QSslCertificate &cert)
     if (cert.isNull())
         return;
     Os os;
-    certWatch.begin(os.certWindowCount());
-    certWatchPage = ui->pager->currentWidget();
+    certWatch.begin(os.certWindowCount(), ui->pager->currentIndex());
     os.certOpen(cert.toDer());
     QTimer::singleShot(firstLook, this, &Window::openCertWinShowLoader);
 }
@@ -71,7 +69,7 @@ void Window::openCertWin(const QSslCertificate &cert)
 void Window::openCertWinShowLoader()
 {
     // The user or the card can be elsewhere by now, where no loader is wanted.
-    if (!isPage(certWatchPage) || certWatch.hasCome(Os().certWindowCount()))
+    if (ui->pager->currentIndex() != certWatch.page() || certWatch.hasCome(Os().certWindowCount()))
         return;
     loaderShow(openingText);
     QTimer::singleShot(secondLook, this, &Window::openCertWinFin);

@@ -37,12 +37,10 @@ QString withLogsActive(QString html, const QString &folder)
 void Window::moveToHelpPage()
 {
     ui->bHelp->setEnabled(false);
-    ui->cbReaders->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();
-    setPageTitle("Pomoc");
     qDebug().noquote() << "show help";
-    ui->pager->setCurrentWidget(ui->pageHelp);
+    enterPage(ui->pageHelp, "Pomoc");
     ui->bWroc->setVisible(isReader());
     ui->lPukBlocked_4->setFocus();
     getSystemInfo();
@@ -60,9 +58,10 @@ void Window::getSystemInfo()
     ipc->msgToMonitor(IpcMsg { { "diagnoseReaders", 1 } });
 }
 
-void Window::appendDiagnosis(const QString &diagnosis)
+void Window::ipcDiagnoseReaders(const IpcMsg &m)
 {
     // Also if the user has left the page meanwhile.
+    const QString diagnosis = QString::fromUtf8(m.param("diagnoseReaders"));
     ui->tDiagnosticsRaport->append("<br>" + SysInfoGui::escaped(diagnosis));
     ui->bDiagnosticStart->setEnabled(true);
     ui->bHelp->setEnabled(true);
@@ -81,40 +80,21 @@ void Window::openHelpWebsite()
 
 void Window::onDiagnosticsRaportAnchorClicked(const QUrl &link)
 {
-    const struct {
-        const char *address;
-        void (Window::*action)();
-    } actions[] = {
-        { SysInfoGui::openFolder, &Window::openLogsFolder },
-        { SysInfoGui::createFolder, &Window::createLogsFolder },
-        { SysInfoGui::clearConfig, &Window::clearConfigFile },
-    };
-    for (const auto &row : actions) {
-        if (link.toString() == row.address)
-            (this->*row.action)();
-    }
-}
-
-void Window::openLogsFolder()
-{
-    qDebug().noquote() << "Opening logs folder";
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(Os().logsDir())))
-        qDebug().noquote() << "Opening logs folder failed";
-}
-
-void Window::createLogsFolder()
-{
-    qDebug().noquote() << "Creating logs directory";
+    const QString address = link.toString();
     const QString folder = Os().logsDir();
-    if (QDir().mkpath(folder))
-        ui->tDiagnosticsRaport->setText(withLogsActive(ui->tDiagnosticsRaport->toHtml(), folder));
-}
-
-void Window::clearConfigFile()
-{
-    qDebug().noquote() << "Clearing config file";
-    if (Common::clearReadersConf())
-        getSystemInfo();
-    else
-        qDebug().noquote() << "Clearing config file - failed!";
+    if (address == SysInfoGui::openFolder) {
+        qDebug().noquote() << "Opening logs folder";
+        if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
+            qDebug().noquote() << "Opening logs folder failed";
+    } else if (address == SysInfoGui::createFolder) {
+        qDebug().noquote() << "Creating logs directory";
+        if (QDir().mkpath(folder))
+            ui->tDiagnosticsRaport->setText(withLogsActive(ui->tDiagnosticsRaport->toHtml(), folder));
+    } else if (address == SysInfoGui::clearConfig) {
+        qDebug().noquote() << "Clearing config file";
+        if (Common::clearReadersConf())
+            getSystemInfo();
+        else
+            qDebug().noquote() << "Clearing config file - failed!";
+    }
 }

@@ -11,6 +11,8 @@
 
 #include <QDebug>
 
+#include <functional>
+
 namespace {
 
 QString textOf(const IpcMsg &message, const char *key)
@@ -22,17 +24,26 @@ QString textOf(const IpcMsg &message, const char *key)
 
 void Window::recvIpcMsg(const IpcMsg &m)
 {
-    static const QMap<QByteArray, void (Window::*)(const IpcMsg &)> commands {
-        { "canAppStatus", &Window::ipcIgnored }, // read together with `readers`
-        { "checkForUpdate", &Window::ipcCheckForUpdate },
-        { "diagnoseReaders", &Window::ipcDiagnoseReaders },
-        { "help", &Window::ipcHelp },
-        { "isCard", &Window::ipcIgnored },
-        { "isPACE", &Window::ipcIgnored },
-        { "isr", &Window::ipcIgnored },
-        { "readers", &Window::ipcReaders },
-        { "settings", &Window::ipcSettings },
-        { "windowFocus", &Window::ipcWindowFocus },
+    const auto ignore = [](const IpcMsg &) {};
+    const QMap<QByteArray, std::function<void(const IpcMsg &)>> commands {
+        { "canAppStatus", ignore }, // read together with `readers`
+        { "checkForUpdate", [this](const IpcMsg &) { checkForUpdate(); } },
+        { "diagnoseReaders", [this](const IpcMsg &message) { ipcDiagnoseReaders(message); } },
+        { "help",
+          [this](const IpcMsg &) {
+              moveToHelpPage(); // asks for the system report itself
+              showWndw();
+          } },
+        { "isCard", ignore },
+        { "isPACE", ignore },
+        { "isr", ignore },
+        { "readers", [this](const IpcMsg &message) { ipcReaders(message); } },
+        { "settings",
+          [this](const IpcMsg &) {
+              moveToSettingsPage(false);
+              showWndw();
+          } },
+        { "windowFocus", [this](const IpcMsg &) { ipcWindowFocus(); } },
     };
     if (m.to() != ipc->name())
         return;
@@ -45,50 +56,29 @@ void Window::recvIpcMsg(const IpcMsg &m)
             return;
         }
         const auto command = commands.find(key);
-        if (command != commands.end())
-            (this->**command)(m);
-        else
+        if (command == commands.end())
             qDebug().noquote() << "unknown ipc " << key;
+        else
+            (*command)(m);
     }
     // No command of today fills it.
     if (answer.hasPayload() && m.wantsReply())
         ipc->sendResponse(m, answer);
 }
 
-void Window::ipcIgnored(const IpcMsg &m)
+void Window::ipcWindowFocus()
 {
-    Q_UNUSED(m)
-}
-
-void Window::ipcWindowFocus(const IpcMsg &m)
-{
-    Q_UNUSED(m)
-    if (ui->bWroc->isHidden() && (isPage(ui->pageSettings) || isPage(ui->pageHelp))) {
+    if (ui->bWroc->isHidden() && needsNoCard()) {
         newReaders = true;
         moveToHomePage();
     }
     showWndw();
 }
 
-void Window::ipcSettings(const IpcMsg &m)
-{
-    Q_UNUSED(m)
-    moveToSettingsPage(false);
-    showWndw();
-}
-
-void Window::ipcHelp(const IpcMsg &m)
-{
-    Q_UNUSED(m)
-    // Asks for the system report itself.
-    moveToHelpPage();
-    showWndw();
-}
-
 // Whether the card on the screen, if there is one, is no longer the right one.
 bool Window::readersNeedReload(const QString &value, const QStringList &names, const QString &err) const
 {
-    if (!err.isEmpty() || isPage(ui->pageSettings) || isPage(ui->pageHelp))
+    if (!err.isEmpty() || needsNoCard())
         return false;
     if (!value.isEmpty() && !isReader())
         return true;
@@ -116,17 +106,6 @@ void Window::ipcReaders(const IpcMsg &m)
     }
     qDebug().noquote() << "Loading readers from ipc:";
     loadedReaders(list.names, list.error, textOf(m, "canAppStatus"));
-}
-
-void Window::ipcDiagnoseReaders(const IpcMsg &m)
-{
-    appendDiagnosis(textOf(m, "diagnoseReaders"));
-}
-
-void Window::ipcCheckForUpdate(const IpcMsg &m)
-{
-    Q_UNUSED(m)
-    checkForUpdate();
 }
 
 void Window::askMonitorForReaders()

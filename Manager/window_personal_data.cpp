@@ -36,12 +36,10 @@ void placeLine(QFrame *line, const QFrame *block, int rowCount)
 
 void Window::moveToAllDataPage()
 {
-    ui->cbReaders->setEnabled(false);
-    ui->pager->setCurrentWidget(ui->pageAllData);
-    ui->bWroc->show();
     // Two blanks on each side, which is meant.
-    setPageTitle("Dane  z  velmor");
-    if (photo.isNull())
+    enterPage(ui->pageAllData, "Dane  z  velmor");
+    ui->bWroc->show();
+    if (card.photo.isNull())
         ui->lPhotoLarge->setStyleSheet(ui->lPhotoLarge->styleSheet() + " border: 1px solid rgb(76,83,88);");
     showPhotoIn(ui->lPhotoLarge);
     showPersonalData();
@@ -50,48 +48,46 @@ void Window::moveToAllDataPage()
 void Window::showPersonalData()
 {
     const QVector<PersonalData::Row> rows =
-        PersonalData::rows(dgParser, { ui->lCommonNameVal->text(), ui->lsurnameVal->text(), ui->lNumIdVal->text() });
+        PersonalData::rows(card.data, { ui->lCommonNameVal->text(), ui->lsurnameVal->text(), ui->lNumIdVal->text() });
     QFrame *focus = nullptr;
+    // Answers how many rows of the block are shown. The first one of the page gets the focus.
+    const auto fill = [&](PersonalData::Block block) {
+        int shown = 0;
+        for (const PersonalData::Row &row : rows) {
+            if (row.block != block)
+                continue;
+            auto *frame = ui->pageAllData->findChild<QFrame *>(row.frame);
+            frame->setVisible(!row.value.isEmpty());
+            if (row.value.isEmpty())
+                continue;
+            auto *label = frame->findChild<QLabel *>(row.label);
+            if (row.elided)
+                setLabelElided(label, row.value);
+            else
+                label->setText(row.value);
+            frame->setAccessibleName(row.accessibleName());
+            ++shown;
+            if (!focus)
+                focus = frame;
+        }
+        return shown;
+    };
 
-    const int first = fillPersonalRows(rows, PersonalData::First, focus);
+    const int first = fill(PersonalData::First);
     placeBlock(ui->personalData_2, first);
     placeLine(ui->greyLine_5, ui->personalData_2, first);
 
     ui->personalData_3->move(ui->personalData_3->x(), topBelow({ ui->greyLine_5 }));
-    const int second = fillPersonalRows(rows, PersonalData::Second, focus);
+    const int second = fill(PersonalData::Second);
     placeBlock(ui->personalData_3, second);
     placeLine(ui->greyLine_6, ui->personalData_3, second);
 
     ui->personalData_4->move(ui->personalData_4->x(), topBelow({ ui->greyLine_6, ui->greyLine_5 }));
-    const int third = fillPersonalRows(rows, PersonalData::Third, focus);
+    const int third = fill(PersonalData::Third);
     if (focus)
         focus->setFocus();
     if (third > 0)
         placeBlock(ui->personalData_4, third);
     else
         ui->personalData_3->hide(); // the middle one, and the last stays as it is: known and kept
-}
-
-// Answers how many rows of the block are shown. The first one of the page becomes `focus`.
-int Window::fillPersonalRows(const QVector<PersonalData::Row> &rows, PersonalData::Block block, QFrame *&focus)
-{
-    int shown = 0;
-    for (const PersonalData::Row &row : rows) {
-        if (row.block != block)
-            continue;
-        auto *frame = ui->pageAllData->findChild<QFrame *>(row.frame);
-        frame->setVisible(!row.value.isEmpty());
-        if (row.value.isEmpty())
-            continue;
-        auto *label = frame->findChild<QLabel *>(row.label);
-        if (row.elided)
-            setLabelElided(label, row.value);
-        else
-            label->setText(row.value);
-        frame->setAccessibleName(row.accessibleName());
-        ++shown;
-        if (!focus)
-            focus = frame;
-    }
-    return shown;
 }

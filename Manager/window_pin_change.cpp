@@ -5,18 +5,13 @@
 // a pinpad reader the request is sent at once and the user can leave through the reader only.
 
 #include "base/common.h"
+#include "card/card_results.h"
 #include "card/card_tables.h"
-#include "field_style.h"
 #include "gui/spoken_focus.h"
-#include "pin_fields.h"
-#include "pin_texts.h"
 #include "ui_window.h"
 
 #include <QDebug>
 #include <QRegularExpressionValidator>
-
-#include <algorithm>
-#include <iterator>
 
 namespace {
 
@@ -28,26 +23,20 @@ bool isDigits(QString text)
 
 } // namespace
 
-QString Window::pinPattern() const
+PinForm::Rule Window::pinRule() const
 {
     const PinContainer *row = pinContainer(conteiner);
-    return row ? row->pattern : QString();
-}
-
-QString Window::pinLengthHint() const
-{
-    return PinTexts::lengthHint(pinDigits.value(conteiner));
+    return row ? PinForm::Rule { row->digits, row->pattern, PinTexts::lengthHint(row->digits) } : PinForm::Rule {};
 }
 
 void Window::moveToPinPage()
 {
     ui->lineActualPin->setFocus();
-    for (QLineEdit *field : { ui->lineActualPin, ui->lineNewPin, ui->lineRepeatPin })
-        admitPin(field, pinPattern());
+    changeForm.admit(pinRule(), pinRule());
     ui->cbReaders->setEnabled(false);
-    pinStatus = containerTries.value(conteiner, 0);
-    qDebug().noquote() << "Container: " << conteiner << " status: " << pinStatus << "triesLeftPUK: " << triesLeftPUK;
-    if (pinStatus == 0 || pinStatus == 4)
+    pinStatus = card.triesOf(conteiner);
+    qDebug().noquote() << "Container: " << conteiner << " status: " << pinStatus << "triesLeftPUK: " << card.pukTries;
+    if (pinStatus == Tries::locked || pinStatus == Tries::notSet)
         leavePinPageForPuk();
     else
         showPinPage();
@@ -56,7 +45,7 @@ void Window::moveToPinPage()
 
 void Window::leavePinPageForPuk()
 {
-    if (triesLeftPUK == 0) {
+    if (card.pukTries == Tries::locked) {
         moveToBlockedPukPage();
         return;
     }
@@ -66,11 +55,10 @@ void Window::leavePinPageForPuk()
 
 void Window::showPinPage()
 {
-    ui->pager->setCurrentWidget(ui->pageChangePin);
+    enterPage(ui->pageChangePin, PinTexts::pageTitle(PinTexts::ChangeTitle), containerTitle(conteiner));
     ui->lTryNumDesc->show();
-    setPageTitle(pageTitles.value(PinTexts::ChangeTitle), containerTitles.value(conteiner));
     updateTriesLabels();
-    if (pinPad)
+    if (card.pinPad)
         changePinOnPad();
     else
         preparePinFields();
@@ -83,7 +71,7 @@ void Window::changePinOnPad()
     ui->bWroc->hide();
     ui->bSettings->setEnabled(false);
     ui->bHelp->setEnabled(false);
-    const QString word = PinTexts::digitWord(pinDigits.value(conteiner));
+    const QString word = PinTexts::digitWord(pinDigits(conteiner));
     const QString steps = ui->lTryNumDesc_2->text().replace('(', ' ').replace(')', ' ');
     ui->lTryNumDesc_2->setAccessibleName(Common::plainText(
         ui->lMainTitle->text() + ui->lSubTitle->text() + steps + ", Pozostało prób: " + QString::number(pinStatus)
@@ -98,9 +86,9 @@ void Window::preparePinFields()
 {
     clearPinFields();
     disableEnableChangePin();
-    for (QLabel *hint : { ui->lActualPinInfo, ui->lNewPinInfo, ui->lRepeatPinInfo })
-        showFieldHint(hint, "blue", pinLengthHint());
-    const QString word = PinTexts::digitWord(pinDigits.value(conteiner));
+    for (QLabel *hint : { changeForm.secretHint, changeForm.freshHint, changeForm.repeatHint })
+        showFieldHint(hint, PinTexts::Colour::Neutral, pinRule().hint);
+    const QString word = PinTexts::digitWord(pinDigits(conteiner));
     ui->lineActualPin->setAccessibleName(Common::plainText(ui->lMainTitle->text() + ui->lSubTitle->text()
                                                            + " Wprowadź aktualny " + word + " cyfrowy PIN."));
     ui->lineActualPin->setAccessibleDescription(PinTexts::triesLeft(pinStatus));
@@ -112,48 +100,32 @@ void Window::preparePinFields()
 
 void Window::chooseKeyboardOrPad()
 {
-    ui->pagerPinPadOrApp->setCurrentWidget(pinPad ? ui->pagePinPad : ui->pageApp);
-    ui->pagerPinOrPinPadPuk->setCurrentWidget(pukGoesThroughPad() ? ui->pagePinPadUnblock : ui->pageAppUnblock);
+    ui->pagerPinPadOrApp->setCurrentWidget(card.pinPad ? ui->pagePinPad : ui->pageApp);
+    ui->pagerPinOrPinPadPuk->setCurrentWidget(card.pukGoesThroughPad() ? ui->pagePinPadUnblock : ui->pageAppUnblock);
 }
 
 void Window::disableEnableChangePin()
 {
-    const int digits = pinDigits.value(conteiner);
-    enableWhenComplete(ui->bChangePin,
-                       {
-                           { ui->lineActualPin, ui->lActualPinInfo, digits, pinLengthHint(), true },
-                           // Never restyled while typing, unlike its neighbours.
-                           { ui->lineNewPin, ui->lNewPinInfo, digits, pinLengthHint(), false },
-                           { ui->lineRepeatPin, ui->lRepeatPinInfo, digits, pinLengthHint(), true },
-                       });
+    changeForm.check(pinRule(), pinRule());
 }
 
 void Window::clearPinFields()
 {
-    const bool changing = isPage(ui->pageChangePin);
-    QList<QLineEdit *> fields;
-    if (changing)
-        fields = { ui->lineNewPin, ui->lineActualPin, ui->lineRepeatPin };
-    else if (isPage(ui->pageUnblockPin))
-        fields = { ui->lineNewPinPuk, ui->lineRepeatPinPuk, ui->lineInsertPuk };
-    for (QLineEdit *field : fields) {
-        forgetEntry(field);
-        setFieldStyle(field, true);
+    if (isPage(ui->pageChangePin)) {
+        changeForm.clear();
+        // Only this page's hints go.
+        changeForm.hideHints();
+    } else if (isPage(ui->pageUnblockPin)) {
+        unblockForm.clear();
     }
-    // Only this page's hints go.
-    if (!changing)
-        return;
-    for (QLabel *hint : { ui->lNewPinInfo, ui->lActualPinInfo, ui->lRepeatPinInfo })
-        hint->hide();
 }
 
 // On whichever page they are: from the settings and the help nobody comes back to what was typed, and after a success
 // nothing that an earlier operation has left is of use.
 void Window::forgetPinEntries()
 {
-    for (QLineEdit *field : { ui->lineActualPin, ui->lineNewPin, ui->lineRepeatPin, ui->lineInsertPuk,
-                              ui->lineNewPinPuk, ui->lineRepeatPinPuk })
-        forgetEntry(field);
+    changeForm.forget();
+    unblockForm.forget();
 }
 
 void Window::changePin()
@@ -178,39 +150,21 @@ void Window::changePin()
 
 bool Window::validateTwoPins(int page, const QString &pin, const QString &repeat)
 {
-    const struct {
-        int page;
-        QLabel *newPinHint;
-        QLineEdit *repeatField;
-        QLabel *repeatHint;
-    } rows[] = {
-        { ChangePage, ui->lNewPinInfo, ui->lineRepeatPin, ui->lRepeatPinInfo },
-        { UnblockPage, ui->lNewPinInfoPuk, ui->lineRepeatPinPuk, ui->lRepeatPinInfoPuk },
-    };
-    const auto *row = std::find_if(std::begin(rows), std::end(rows), [page](const auto &r) { return r.page == page; });
-    const bool known = row != std::end(rows);
-
+    const PinForm *form = page == ChangePage ? &changeForm : page == UnblockPage ? &unblockForm : nullptr;
     const bool digits = isDigits(pin);
     if (digits) {
-        ui->lNewPinInfo->hide();
-        ui->lNewPinInfoPuk->hide();
-    } else if (known) {
-        row->newPinHint->show();
+        changeForm.freshHint->hide();
+        unblockForm.freshHint->hide();
+    } else if (form) {
+        form->freshHint->show();
     } else {
         qDebug().noquote() << "Wrong page in validating new and repeat pin";
     }
-
     const bool match = !pin.isEmpty() && pin == repeat;
     if (!pin.isEmpty())
         qDebug().noquote() << (match ? "New and repeat pins match" : "New and repeat pins dont match");
-    if (!known)
-        return digits && match;
-    setFieldStyle(row->repeatField, match);
-    if (!match) {
-        showFieldHint(row->repeatHint, "red", "Niepoprawny PIN. Popraw PIN.");
-        row->repeatField->setAccessibleName("Powtórzony nowy PIN różni się");
-        focusAloud(row->repeatField);
-    }
+    if (form)
+        form->markRepetition(match);
     return digits && match;
 }
 
@@ -225,11 +179,11 @@ void Window::changePinFin(int res)
         return;
     }
     qDebug().noquote() << outcome->log;
-    if (res == 0) {
+    if (res == CardResult::done) {
         clearPinFields();
         forgetPinEntries();
     }
-    if ((res == -6 || res == -1) && !pinMayBeTriedAgain())
+    if ((res == CardResult::wrongPin || res == CardResult::failed) && !pinMayBeTriedAgain())
         return;
     showResultPage(outcome->text, outcome->colour, PinTexts::ChangeTitle);
     busyFlag = false;
@@ -241,10 +195,10 @@ bool Window::pinMayBeTriedAgain()
     // In this order: the emptying takes the bad look away again, and the hint.
     setFieldStyle(ui->lineActualPin, false);
     clearPinFields();
-    showFieldHint(ui->lActualPinInfo, "red", "Niepoprawny PIN. Popraw PIN");
+    showFieldHint(ui->lActualPinInfo, PinTexts::Colour::Error, "Niepoprawny PIN. Popraw PIN");
     // Fresh already: the worker sends the tries before the result.
-    pinStatus = containerTries.value(conteiner, 0);
-    if (pinStatus > 0) {
+    pinStatus = card.triesOf(conteiner);
+    if (pinStatus > Tries::locked) {
         updateTriesLabels();
         return true;
     }
@@ -270,8 +224,8 @@ void Window::showResultPage(const QString &text, PinTexts::Colour colour, int ti
         QString("QFrame#pinChangedFrame { background: transparent; border: 2px solid %1; border-radius: 12px; }\n"
                 "QLabel#lPinChanged { color: %1; }")
             .arg(PinTexts::colourValue(colour)));
-    const QString title = pageTitles.value(titleKey);
-    const QString subtitle = containerTitles.value(conteiner);
+    const QString title = PinTexts::pageTitle(titleKey);
+    const QString subtitle = containerTitle(conteiner);
     setPageTitle(title, subtitle);
     if (colour == PinTexts::Colour::Error) {
         if (titleKey == PinTexts::ChangeTitle)

@@ -5,10 +5,8 @@
 // blocked PUK ends the road on a page of its own.
 
 #include "base/common.h"
+#include "card/card_results.h"
 #include "card/card_tables.h"
-#include "field_style.h"
-#include "pin_fields.h"
-#include "pin_texts.h"
 #include "ui_window.h"
 
 #include <QDebug>
@@ -19,30 +17,12 @@
 namespace {
 
 constexpr std::chrono::milliseconds padDelay { 1000 };
-constexpr int pukDigits = 8;
-
-// Chips whose PUK is typed although the reader has a pinpad: one always, one on the last try.
-constexpr int chipWithoutPukOnPad = 16;
-constexpr int chipWithoutLastPukOnPad = 4;
+PinForm::Rule pukRule()
+{
+    return { pukDigits, pukPattern, "PUK musi mieć 8 cyfr" };
+}
 
 } // namespace
-
-bool Window::pukIsBlocked() const
-{
-    // 4 tries means that the card tells none.
-    return triesLeftPUK == 0 || triesLeftPUK == 4;
-}
-
-bool Window::pukGoesThroughPad() const
-{
-    return pinPad && typeOfChipValue != chipWithoutPukOnPad
-        && !(typeOfChipValue == chipWithoutLastPukOnPad && triesLeftPUK == 1);
-}
-
-bool Window::firstPinIsOffered() const
-{
-    return conteiner == Container::Qualified && ui->bChangePinQualifiedCert->text().trimmed() == "Nadaj PIN";
-}
 
 // On the page, what counts is its title: the button on the home page may have got another word meanwhile.
 const PinTexts::PukPageWords &Window::pukPageWords() const
@@ -53,27 +33,24 @@ const PinTexts::PukPageWords &Window::pukPageWords() const
 
 void Window::moveToUnblockPinPage()
 {
-    admitPin(ui->lineInsertPuk, pukPattern);
-    for (QLineEdit *field : { ui->lineNewPinPuk, ui->lineRepeatPinPuk })
-        admitPin(field, pinPattern());
+    unblockForm.admit(pukRule(), pinRule());
     setPukPageWords();
     qDebug().noquote() << "Unblock or set PIN of " << conteiner << " [ moveToUnblockPinPage() ]";
     ui->cbReaders->setEnabled(false);
-    pinStatus = containerTries.value(conteiner, 0);
+    pinStatus = card.triesOf(conteiner);
     qDebug().noquote() << "UnblockPinPage Container: " << conteiner << " status: " << pinStatus;
-    if (pinStatus != 0 && pinStatus != 4)
+    if (pinStatus != Tries::locked && pinStatus != Tries::notSet)
         return;
-    if (pukIsBlocked()) {
+    if (card.pukIsBlocked()) {
         moveToBlockedPukPage();
         return;
     }
-    ui->pager->setCurrentWidget(ui->pageUnblockPin);
-    const auto &words = firstPinIsOffered() ? PinTexts::firstPinWords() : PinTexts::unblockWords();
-    setPageTitle(words.mainTitle, containerTitles.value(conteiner));
+    const auto &words = card.firstPinIsOffered(conteiner) ? PinTexts::firstPinWords() : PinTexts::unblockWords();
+    enterPage(ui->pageUnblockPin, words.mainTitle, containerTitle(conteiner));
     updatePukTriesLabels();
-    if (pukGoesThroughPad()) {
+    if (card.pukGoesThroughPad()) {
         qDebug().noquote() << "Using PINPAD for unblocking PIN [ moveToUnblockPinPage() ]";
-        ui->lPukInfoPinPad_4->setText(pinLengthHint());
+        ui->lPukInfoPinPad_4->setText(pinRule().hint);
         // Nothing cancels it, whatever the window shows by then; this is meant.
         QTimer::singleShot(padDelay, this, &Window::waitToUnblockPin);
     } else {
@@ -86,11 +63,11 @@ void Window::moveToUnblockPinPage()
 
 void Window::setPukPageWords()
 {
-    const auto &words = firstPinIsOffered() ? PinTexts::firstPinWords() : PinTexts::unblockWords();
+    const auto &words = card.firstPinIsOffered(conteiner) ? PinTexts::firstPinWords() : PinTexts::unblockWords();
     showFieldHint(ui->lUnblockPinDetails, words.detailsColour, words.details);
     ui->bChangePinPuk->setText(words.button);
     // Qualified with a PIN that is only locked keeps the words of the visit before; this is meant.
-    if (conteiner == Container::Qualified && !firstPinIsOffered())
+    if (conteiner == Container::Qualified && !card.firstPinIsOffered(conteiner))
         return;
     ui->lNewPin_2->setText(words.newPin);
     ui->lRepeatPin_2->setText(words.repeatPin);
@@ -101,15 +78,15 @@ void Window::setPukPageWords()
 void Window::describePukPage()
 {
     ui->lineInsertPuk->setAccessibleName("Wprowadź ośmiocyfrowy PUK");
-    ui->lineInsertPuk->setAccessibleDescription(PinTexts::triesLeft(triesLeftPUK));
-    const QString word = PinTexts::digitWord(pinDigits.value(conteiner));
+    ui->lineInsertPuk->setAccessibleDescription(PinTexts::triesLeft(card.pukTries));
+    const QString word = PinTexts::digitWord(pinDigits(conteiner));
     ui->lineNewPinPuk->setAccessibleDescription("Wprowadź nowy " + word + "cyfrowy PIN.");
     // A repetition that was wrong at the visit before is named so still.
     ui->lineRepeatPinPuk->setAccessibleName(ui->lRepeatPin_2->text());
     ui->lineRepeatPinPuk->setAccessibleDescription("Powtórz nowy PIN.");
     ui->lUnblockPinDetails->setAccessibleName(Common::plainText(
         ui->lMainTitle->text() + ' ' + ui->lSubTitle->text() + ", " + ui->lUnblockPinDetails->text().replace(".", ", ")
-        + "Masz " + QString::number(triesLeftPUK)
+        + "Masz " + QString::number(card.pukTries)
         + " próby na prawidłowe wpisanie, trzykrotne wpisanie nieprawidłowego PUK-u zablokuje dowód, numer PUK "
           "znajdziesz w dokumentach które dostałeś/aś w urzędzie podczas odbierania dowodu osobistego"));
     ui->lUnblockPinDetails->setFocus();
@@ -121,9 +98,9 @@ void Window::waitToUnblockPin()
     ui->bSettings->setEnabled(false);
     ui->bHelp->setEnabled(false);
     ui->cbReaders->setEnabled(false);
-    if (pukIsBlocked()) {
+    if (card.pukIsBlocked()) {
         moveToBlockedPukPage();
-        qDebug().noquote() << "PUK is blocked! tries left=" << triesLeftPUK;
+        qDebug().noquote() << "PUK is blocked! tries left=" << card.pukTries;
         return;
     }
     emit unblockPinSig(reader, conteiner, {}, {});
@@ -137,18 +114,11 @@ void Window::unblockPinPad()
 void Window::disableEnableUnblockPin()
 {
     // Three tries whatever is left; the true number stands below it.
-    showFieldHint(ui->lPukInfo, "blue",
+    showFieldHint(ui->lPukInfo, PinTexts::Colour::Neutral,
                   "Masz 3 próby na prawidłowe wpisanie. <b> 3-krotne wpisanie nieprawidłowego PUK-u zablokuje "
                   "dowód.</b><br> Numer PUK znajdziesz w dokumentach, które dostałeś/aś w urzędzie podczas odbierania "
                   "dowodu osobistego.");
-    const int digits = pinDigits.value(conteiner);
-    enableWhenComplete(ui->bChangePinPuk,
-                       {
-                           { ui->lineInsertPuk, ui->lPinInfoPuk, pukDigits, "PUK musi mieć 8 cyfr", true },
-                           // Never restyled while typing, unlike its neighbours.
-                           { ui->lineNewPinPuk, ui->lNewPinInfoPuk, digits, pinLengthHint(), false },
-                           { ui->lineRepeatPinPuk, ui->lRepeatPinInfoPuk, digits, pinLengthHint(), true },
-                       });
+    unblockForm.check(pukRule(), pinRule());
 }
 
 void Window::unblockPin()
@@ -159,9 +129,9 @@ void Window::unblockPin()
     busyFlag = true;
     const QString puk = ui->lineInsertPuk->text();
     const QString fresh = ui->lineNewPinPuk->text();
-    if (pukIsBlocked()) {
+    if (card.pukIsBlocked()) {
         moveToBlockedPukPage();
-        qDebug().noquote() << "PUK is blocked! tries left=" << triesLeftPUK;
+        qDebug().noquote() << "PUK is blocked! tries left=" << card.pukTries;
         busyFlag = false;
         return;
     }
@@ -187,14 +157,14 @@ void Window::unblockPinFin(int res)
         return;
     }
     qDebug().noquote() << outcome->log;
-    if (res == 0) {
+    if (res == CardResult::done) {
         setFieldStyle(ui->lineInsertPuk, true);
         clearPinFields();
         forgetPinEntries();
     }
-    if (res == -4 || res == -1) {
-        showFieldHint(ui->lPinInfoPuk, "red", "Niepoprawny PUK. Popraw PUK.");
-        if (pukIsBlocked()) {
+    if (res == CardResult::wrongPuk || res == CardResult::failed) {
+        showFieldHint(ui->lPinInfoPuk, PinTexts::Colour::Error, "Niepoprawny PUK. Popraw PUK.");
+        if (card.pukIsBlocked()) {
             qDebug().noquote() << "PUK is blocked!";
             moveToBlockedPukPage();
             busyFlag = false;
@@ -209,7 +179,7 @@ void Window::unblockPinFin(int res)
 
 void Window::moveToBlockedPukPage()
 {
-    setPageTitle(pageTitles.value(PinTexts::UnblockTitle), containerTitles.value(conteiner));
+    setPageTitle(PinTexts::pageTitle(PinTexts::UnblockTitle), containerTitle(conteiner));
     ui->pager->setCurrentWidget(ui->pageBlockedPuk_2);
     ui->lPukBlocked_2->setAccessibleName(
         Common::plainText(ui->lMainTitle->text() + ui->lSubTitle->text()

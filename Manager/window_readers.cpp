@@ -1,16 +1,13 @@
 #include "window.h"
 
-// From a reader list to a card on the screen. Lists come from the resident Monitor or directly from the worker and meet
-// in loadedReaders; it fills the combo box, tells whether the card on the screen is still the right one, and starts the
-// reading of the card: reader selected, certificates counted, containers and data groups, certificates, photo. Each
-// step is sent from the answer to the one before.
+// Reader lists. They come from the resident Monitor or directly from the worker and meet in loadedReaders, which fills
+// the combo box, tells whether the card on the screen is still the right one, and else has it read. The box doubles as
+// the status line: a single sentence that begins with "brak" says why there is no card.
 
 #include "app/app_lock.h"
-#include "app/app_log.h"
 #include "base/common.h"
 #include "gui/popup.h"
 #include "ipc/ipc.h"
-#include "platform/temporary_certificate.h"
 #include "reader_list.h"
 #include "ui_window.h"
 
@@ -20,10 +17,6 @@
 #include <chrono>
 
 namespace {
-
-// Flags of a reader worth listing: a card is present, and the Monitor has read it.
-constexpr int tokenPresent = 1;
-constexpr int notReadByTheMonitor = 256;
 
 constexpr std::chrono::milliseconds focusDelay { 1000 };
 constexpr int comboExtraWidth = 30;
@@ -52,27 +45,6 @@ void Window::getReadersFromMonitor()
     qDebug().noquote() << "reader checked ";
     readersRequested = true;
     askMonitorForReaders();
-}
-
-void Window::loadAll()
-{
-    clearPerson();
-    AppLog::restartTimer();
-    qDebug().noquote() << "load All";
-    // Hidden before it is shown: hiding is what switches the tiles off.
-    loaderHide();
-    loaderShow("Trwa łączenie z czytnikami");
-    qDebug().noquote() << "load readers";
-    readersRequested = true;
-    emit getReaders(tokenPresent, notReadByTheMonitor);
-}
-
-void Window::getReadersFin(bool success, const QStringList &readers)
-{
-    if (success && readers.isEmpty())
-        getReadersFromMonitor();
-    else
-        loadedReaders(readers);
 }
 
 void Window::loadedReaders(const QStringList &_readers, const QString &err, const QString &canAppStat)
@@ -123,16 +95,6 @@ void Window::loadedReaders(const QStringList &_readers, const QString &err, cons
     emit selectDriverReader(reader);
 }
 
-void Window::loadedReaderSelected(bool res)
-{
-    if (res) {
-        emit getCertsCount(reader);
-        return;
-    }
-    qDebug().noquote() << "reader is not initialized";
-    getReadersFromMonitor();
-}
-
 void Window::loaderReadersErr(const QString &err, const QString &canAppStat)
 {
     ui->bChangePinAuthenCert->setEnabled(false);
@@ -155,7 +117,7 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
 {
     // Before the test below, also on the pages that are left alone by it.
     ui->bWroc->hide();
-    if (isPage(ui->pageSettings) || isPage(ui->pageHelp)) {
+    if (needsNoCard()) {
         if (!ui->loading->isHidden())
             loaderHide();
         qDebug().noquote() << "move to disconnect page aborted because current page is: " << ui->lMainTitle->text();
@@ -175,49 +137,6 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
     ui->lDisconnect->setAccessibleName(Common::plainText(text));
     // Later, so that a screen reader announces it after the page has settled.
     QTimer::singleShot(focusDelay, ui->lDisconnect, [label = ui->lDisconnect] { label->setFocus(); });
-}
-
-void Window::clearHomeLabels()
-{
-    for (QLabel *label : { ui->lNumIdVal, ui->lCommonNameVal, ui->lsurnameVal, ui->lExpDateVal }) {
-        label->clear();
-        label->setToolTip({});
-    }
-}
-
-void Window::clearPersonalDataPage()
-{
-    for (QLabel *label : ui->pageAllData->findChildren<QLabel *>()) {
-        if (!label->objectName().contains("Val"))
-            continue;
-        label->clear();
-        label->setToolTip({});
-        label->parentWidget()->setAccessibleName({});
-    }
-}
-
-// Nothing personal stays on the screen or in memory after the card has gone.
-void Window::disableHomePage()
-{
-    qDebug().noquote() << "Disable home page";
-    clearPerson();
-    forgetPinEntries();
-    showPhotoIn(ui->lPhoto);
-    showPhotoIn(ui->lPhotoLarge);
-}
-
-void Window::clearPerson()
-{
-    clearHomeLabels();
-    certStore.clear();
-    dgParser.clearDg();
-    photo = QImage();
-    ui->lPhoto->clear();
-    ui->lPhotoLarge->clear();
-    clearPersonalDataPage();
-    ui->widgetBlurICAO->setAccessibleName({});
-    ui->tableCert->clear();
-    TemporaryCertificate::remove();
 }
 
 void Window::setHomeParams()

@@ -20,18 +20,26 @@ namespace {
 // Until the loader is on the screen, since the edits block this thread.
 constexpr std::chrono::milliseconds paintingTime { 500 };
 
+// Under a changed option it may no longer be asked for.
+void forgetRememberedCan(Settings &settings)
+{
+    const QByteArray key = Crypto::deriveKey(settings.value(SettingsKey::guid).toByteArray());
+    const QByteArray code = Crypto::encryptValue({}, key);
+    settings.setValue(SettingsKey::rememberedCan, code);
+    if (Common::isDev())
+        qDebug().noquote() << "code " << code;
+}
+
 } // namespace
 
 void Window::moveToSettingsPage(bool standalone)
 {
     ui->bSettings->setEnabled(false);
-    ui->cbReaders->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();
-    setPageTitle("Ustawienia");
     qDebug().noquote() << "show settings";
     reloadSettingPage();
-    ui->pager->setCurrentWidget(ui->pageSettings);
+    enterPage(ui->pageSettings, "Ustawienia");
     forgetResult();
     if (!standalone)
         ui->bWroc->setVisible(isReader());
@@ -101,18 +109,9 @@ void Window::setOtherOptions()
         }
         settings->setValue(SettingsKey::hideCheckboxCanRemember, hideCan);
         settings->setValue(SettingsKey::useCspForRsa, useCsp);
-        forgetRememberedCan();
+        forgetRememberedCan(*settings);
     }
     // The name for a screen reader and the focus stay as they are, unlike after the edits.
     ui->lIntegration->setText(text);
     ui->pager->setCurrentWidget(ui->pageIntegration);
-}
-
-void Window::forgetRememberedCan()
-{
-    const QByteArray key = Crypto::deriveKey(settings->value(SettingsKey::guid).toByteArray());
-    const QByteArray code = Crypto::encryptValue({}, key);
-    settings->setValue(SettingsKey::rememberedCan, code);
-    if (Common::isDev())
-        qDebug().noquote() << "code " << code;
 }

@@ -8,7 +8,6 @@
 #include "gui/anim_widget.h"
 #include "gui/popup.h"
 #include "gui/spoken_focus.h"
-#include "header_drag.h"
 #include "ui_window.h"
 
 #include <QApplication>
@@ -32,22 +31,21 @@ constexpr int loaderHeight = 547;
 
 void Window::mousePressEvent(QMouseEvent *event)
 {
-    dragPos = event->pos();
+    drag.dragPos = event->pos();
     if (event->button() == Qt::LeftButton)
-        dragging = true;
+        drag.dragging = true;
 }
 
 void Window::mouseReleaseEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton)
-        dragging = false;
+        drag.dragging = false;
 }
 
 void Window::mouseMoveEvent(QMouseEvent *event)
 {
     Q_UNUSED(event)
-    // The place of the press counts, so the window still moves when the pointer has left the header.
-    if (dragging && isOnHeader(dragPos, size(), ui->mainFrame->size()))
+    if (drag.moves(size(), ui->mainFrame->size()))
         windowHandle()->startSystemMove();
 }
 
@@ -137,7 +135,7 @@ void Window::loaderHide()
 void Window::quitClicked()
 {
     qDebug().noquote() << "quitClicked";
-    if ((isPage(ui->pageChangePin) || isPage(ui->pageUnblockPin)) && pinPad) {
+    if (isPinPage() && card.pinPad) {
         // A worker that waits for the pinpad must not be terminated by impatience.
         Popup::runModal(Popup::Warning, this, "Zamykanie aplikacji",
                         "<br/><nobr>Zakończ najpierw operację na czytniku z pinpadem.</nobr><br/>", QSize(),
@@ -145,13 +143,7 @@ void Window::quitClicked()
         return;
     }
     loaderShow("Zamykanie aplikacji", isReader() ? "Zdejmij karte z czytnika" : "");
-    emit closePopups();
-    if (workerThread.isRunning()) {
-        tryCloseTheards();
-        QTimer::singleShot(stopInterval, this, &Window::closeWithTheards);
-    } else {
-        QWidget::close();
-    }
+    closeWithTheards();
 }
 
 void Window::closeWithTheards()

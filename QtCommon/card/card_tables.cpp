@@ -38,6 +38,14 @@ const std::vector<ChipContainer> chipContainerTable = {
       {} },
 };
 
+template <typename Row>
+const Row *rowOf(const std::vector<Row> &table, const QString &name)
+{
+    const auto row =
+        std::find_if(table.begin(), table.end(), [&name](const Row &candidate) { return candidate.name == name; });
+    return row == table.end() ? nullptr : &*row;
+}
+
 // An ATR of ISO 7816-3 for protocol T=1 with the given historical bytes, at most 15: TS, T0, TD1, the bytes, check
 // byte. These are specimens: nothing compares them with a card.
 std::vector<quint8> specimenAtr(const std::string &historical)
@@ -91,9 +99,19 @@ const std::vector<PinContainer> &pinContainers()
 
 const PinContainer *pinContainer(const QString &conteiner)
 {
-    const auto row = std::find_if(pinTable.begin(), pinTable.end(),
-                                  [&conteiner](const PinContainer &candidate) { return candidate.name == conteiner; });
-    return row == pinTable.end() ? nullptr : &*row;
+    return rowOf(pinTable, conteiner);
+}
+
+QString containerTitle(const QString &conteiner)
+{
+    const CardContainer *row = rowOf(containerTable, conteiner);
+    return row ? row->role : QString();
+}
+
+int pinDigits(const QString &conteiner)
+{
+    const PinContainer *row = pinContainer(conteiner);
+    return row ? row->digits : 0;
 }
 
 std::vector<CardChip> cardChips()

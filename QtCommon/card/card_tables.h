@@ -40,8 +40,13 @@ const std::vector<PinContainer> &pinContainers();
 // The row of that name; null if the container has no PIN of its own.
 const PinContainer *pinContainer(const QString &conteiner);
 
+// Words and digits by a container's name; empty and 0 for a name that the tables do not hold.
+QString containerTitle(const QString &conteiner);
+int pinDigits(const QString &conteiner);
+
 // The PUK belongs to the card and has eight digits, whatever the container.
 constexpr const char *pukPattern = "\\d{8}";
+constexpr int pukDigits = 8;
 
 // One object read from a token.
 struct pkcsDataObj {

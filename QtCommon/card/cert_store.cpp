@@ -1,12 +1,8 @@
 #include "card/cert_store.h"
 
+#include "card/card_tables.h"
+
 #include <QMap>
-
-namespace {
-
-constexpr int qualified = 3;
-
-} // namespace
 
 void CertStore::clear()
 {
@@ -26,7 +22,7 @@ bool CertStore::hasContainer(int index) const
 
 int CertStore::qualifiedCount() const
 {
-    return counts[qualified];
+    return counts[Qualified];
 }
 
 void CertStore::setCerts(int index, const QByteArray &cert)
@@ -38,7 +34,7 @@ void CertStore::setCerts(int index, const QByteArray &cert)
 
 void CertStore::setQualifiedCerts(const QList<QByteArray> &certs)
 {
-    lists[qualified] = certs;
+    lists[Qualified] = certs;
 }
 
 QList<QByteArray> CertStore::certs(int index) const
@@ -49,10 +45,10 @@ QList<QByteArray> CertStore::certs(int index) const
 int CertStore::containerIndex(const QString &name)
 {
     static const QMap<QString, int> indices = {
-        { QStringLiteral("Authentication"), 0 },
-        { QStringLiteral("Authorization"), 1 },
-        { QStringLiteral("Presence"), 2 },
-        { QStringLiteral("Qualified"), 3 },
+        { Container::Authentication, Authentication },
+        { Container::Authorization, Authorization },
+        { Container::Presence, Presence },
+        { Container::Qualified, Qualified },
     };
     return indices.value(name, -1);
 }

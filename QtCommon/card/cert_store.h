@@ -7,9 +7,11 @@
 #include <array>
 
 // How many certificates each container of the card in the reader holds, and those that were read, as DER. The counts
-// come first and are kept apart from the lists. Containers go by index: see containerIndex.
+// come first and are kept apart from the lists.
 class CertStore {
 public:
+    enum Index { Authentication, Authorization, Presence, Qualified };
+
     void clear();
 
     void setCounts(int auth, int author, int pres, int qual);
@@ -22,7 +24,7 @@ public:
     void setQualifiedCerts(const QList<QByteArray> &certs);
     QList<QByteArray> certs(int index) const; // empty for any index outside 0..3
 
-    // "Authentication" 0, "Authorization" 1, "Presence" 2, "Qualified" 3, any other name -1.
+    // -1 for a name that is no container's.
     static int containerIndex(const QString &name);
 
 private:

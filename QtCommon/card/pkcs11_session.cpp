@@ -1,4 +1,5 @@
 // Sessions, and the three operations that send a PIN to the card.
+#include "card/card_results.h"
 #include "card/cryptoki.h"
 #include "card/pin_buffer.h"
 #include "card/pkcs11.h"
@@ -25,22 +26,22 @@ struct LoginOutcome {
 constexpr CK_USER_TYPE anyUser = static_cast<CK_USER_TYPE>(-1);
 
 constexpr LoginOutcome loginOutcomes[] = {
-    { CKR_ARGUMENTS_BAD, anyUser, -9, "Niezgodne PINy!" },
-    { CKR_FUNCTION_CANCELED, anyUser, -8, "Operacja anulowana!" },
-    { CKR_PIN_INCORRECT, CKU_USER, -6, "Błędny PIN!" },
-    { CKR_PIN_INCORRECT, CKU_SO, -4, "Błędny PUK!" },
+    { CKR_ARGUMENTS_BAD, anyUser, CardResult::pinsDiffer, "Niezgodne PINy!" },
+    { CKR_FUNCTION_CANCELED, anyUser, CardResult::cancelled, "Operacja anulowana!" },
+    { CKR_PIN_INCORRECT, CKU_USER, CardResult::wrongPin, "Błędny PIN!" },
+    { CKR_PIN_INCORRECT, CKU_SO, CardResult::wrongPuk, "Błędny PUK!" },
 };
 
 // CKR_FUNCTION_REJECTED has a code of its own only when a PIN is unblocked.
 constexpr Outcome changeOutcomes[] = {
-    { CKR_ARGUMENTS_BAD, -9, "Niezgodne PINy!" },
-    { CKR_FUNCTION_CANCELED, -8, "Operacja anulowana!" },
+    { CKR_ARGUMENTS_BAD, CardResult::pinsDiffer, "Niezgodne PINy!" },
+    { CKR_FUNCTION_CANCELED, CardResult::cancelled, "Operacja anulowana!" },
 };
 
 constexpr Outcome unblockOutcomes[] = {
-    { CKR_ARGUMENTS_BAD, -9, "Niezgodne PINy!" },
-    { CKR_FUNCTION_CANCELED, -8, "Operacja anulowana!" },
-    { CKR_FUNCTION_REJECTED, -11, "Operacja przerwana!" },
+    { CKR_ARGUMENTS_BAD, CardResult::pinsDiffer, "Niezgodne PINy!" },
+    { CKR_FUNCTION_CANCELED, CardResult::cancelled, "Operacja anulowana!" },
+    { CKR_FUNCTION_REJECTED, CardResult::aborted, "Operacja przerwana!" },
 };
 
 // The row for `rv` and for the logout after it, which counts only after a success.
@@ -49,14 +50,14 @@ Outcome outcomeOf(const Outcome (&table)[rows], const char *otherMessage, CK_RV 
 {
     if (rv == CKR_OK) {
         if (logout == CKR_OK)
-            return { CKR_OK, 0, nullptr };
-        return { rv, -1, "Błąd podczas wylogowywania się po zmianie pin-u!" };
+            return { CKR_OK, CardResult::done, nullptr };
+        return { rv, CardResult::failed, "Błąd podczas wylogowywania się po zmianie pin-u!" };
     }
     for (const Outcome &row : table) {
         if (row.rv == rv)
             return row;
     }
-    return { rv, -1, otherMessage };
+    return { rv, CardResult::failed, otherMessage };
 }
 
 // As it stands: a token without a session gives a handle that no library knows.
@@ -114,35 +115,35 @@ int Pkcs11::login(const QString &reader, const QString &conteiner, const QString
 {
     checkThread();
     if (initialize() != 0)
-        return -1;
+        return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);
     if (!token)
-        return error("login: Brak karty!", -3);
+        return error("login: Brak karty!", CardResult::noCard);
     if (!token->hasSession() && sessionOpen(token) != 0)
-        return error("Błąd podczas otwierania sesji!", -1);
+        return error("Błąd podczas otwierania sesji!", CardResult::failed);
     PinBuffer bytes(pin);
     const CK_RV rv = cryptoki->functions->C_Login(handle(*token), userType, bytes.data(), bytes.size());
     if (rv == CKR_OK)
-        return 0;
+        return CardResult::done;
     for (const LoginOutcome &row : loginOutcomes) {
         if (row.rv == rv && (row.userType == anyUser || row.userType == userType))
             return error(row.message, row.code);
     }
-    return error("Błąd podczas logowania !" + QString::number(userType), -1);
+    return error("Błąd podczas logowania !" + QString::number(userType), CardResult::failed);
 }
 
 int Pkcs11::changePIN(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin)
 {
     checkThread();
     if (initialize() != 0)
-        return -1;
+        return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);
     if (!token)
-        return error("changePIN: Brak karty!", -3);
+        return error("changePIN: Brak karty!", CardResult::noCard);
     if (!token->hasSession() && sessionOpen(token) != 0)
-        return error("Błąd podczas otwierania sesji!", -1);
+        return error("Błąd podczas otwierania sesji!", CardResult::failed);
     const int loggedIn = login(reader, conteiner, oldPin, CKU_USER);
-    if (loggedIn != 0) {
+    if (loggedIn != CardResult::done) {
         // Also though nobody is logged in: the card expects it.
         cryptoki->functions->C_Logout(handle(*token));
         return loggedIn;
@@ -160,21 +161,21 @@ int Pkcs11::unblockPIN(const QString &reader, const QString &conteiner, const QS
 {
     checkThread();
     if (initialize() != 0)
-        return -1;
+        return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);
     if (!token)
-        return error("unblockPIN: Brak karty!", -3);
+        return error("unblockPIN: Brak karty!", CardResult::noCard);
     const quint32 flags = token->tokenFlags;
     CK_RV rv = CKR_OK;
     if (!(flags & CKF_USER_PIN_INITIALIZED) || (flags & CKF_USER_PIN_LOCKED)) {
         const int loggedIn = login(reader, conteiner, PUK, CKU_SO);
-        if (loggedIn != 0)
+        if (loggedIn != CardResult::done)
             return error("Błąd podczas logowania pinem SO!", loggedIn);
         PinBuffer newBytes(newPIN);
         rv = cryptoki->functions->C_InitPIN(handle(*token), newBytes.data(), newBytes.size());
     } else {
         if (!(flags & CKF_USER_PIN_TO_BE_CHANGED))
-            return error("Nie wspierany mechanizm odblokowania kodu PIN!", -1);
+            return error("Nie wspierany mechanizm odblokowania kodu PIN!", CardResult::failed);
         // First use: the PUK stands in for the old PIN, without a login, and so a wrong PUK is -1 here and not -4. This
         // opens no session; the count of certificates, which comes before, has left one.
         PinBuffer pukBytes(PUK);

@@ -1,5 +1,6 @@
 #include "card/token.h"
 
+#include "card/card_results.h"
 #include "card/cryptoki.h"
 
 #include <QStringList>
@@ -87,18 +88,21 @@ PinState pinState(quint32 tokenFlags)
         int tries;
         const char *status;
     } userRows[] = {
-        { CKF_USER_PIN_INITIALIZED, false, 4, "Nadaj PIN" }, { CKF_USER_PIN_TO_BE_CHANGED, true, 4, "Nadaj PIN" },
-        { CKF_USER_PIN_LOCKED, true, 0, "Odblokuj PIN" },    { CKF_USER_PIN_FINAL_TRY, true, 1, "Zmień PIN" },
-        { CKF_USER_PIN_COUNT_LOW, true, 2, "Zmień PIN" },    { 0, false, 3, "Zmień PIN" },
+        { CKF_USER_PIN_INITIALIZED, false, Tries::notSet, PinWord::first },
+        { CKF_USER_PIN_TO_BE_CHANGED, true, Tries::notSet, PinWord::first },
+        { CKF_USER_PIN_LOCKED, true, Tries::locked, PinWord::unblock },
+        { CKF_USER_PIN_FINAL_TRY, true, Tries::last, PinWord::change },
+        { CKF_USER_PIN_COUNT_LOW, true, 2, PinWord::change },
+        { 0, false, 3, PinWord::change },
     };
     static const struct {
         quint32 bits;
         bool set;
         int tries;
     } officerRows[] = {
-        { CKF_SO_PIN_TO_BE_CHANGED, true, 4 },
-        { CKF_SO_PIN_LOCKED, true, 0 },
-        { CKF_SO_PIN_FINAL_TRY, true, 1 },
+        { CKF_SO_PIN_TO_BE_CHANGED, true, Tries::notSet },
+        { CKF_SO_PIN_LOCKED, true, Tries::locked },
+        { CKF_SO_PIN_FINAL_TRY, true, Tries::last },
         { CKF_SO_PIN_COUNT_LOW, true, 2 },
         { 0, false, 3 },
     };

@@ -1,6 +1,6 @@
 #include "support/flow.h"
 
-#include "field_style.h"
+#include "pin_fields.h"
 
 #include <QDir>
 #include <QLineEdit>

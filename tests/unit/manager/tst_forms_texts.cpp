@@ -38,15 +38,10 @@ void TestFormsTexts::fixedTextsAreThoseOfTheProgram_data()
     add("labelTitleAuthorCert", "Certyfikat do \npodpisu osobistego");
     add("labelTitlePresenceCert", "Certyfikat do \npotwierdzania obecności");
     add("labelTitleQualifiedCert", "Certyfikat \nkwalifikowany");
-    add("lTextAuthenCert",
-        "<html><head/><body><p>Możesz potwierdzać swoją tożsamość w internecie (na przykład korzystać z e-usług) "
-        "</p></body></html>");
-    add("lTextAuthorCert",
-        "<html><head/><body><p>Możesz podpisywać dokumenty (służy jako elektroniczny podpis) </p></body></html>");
-    add("lTextPresenceCert",
-        "<html><head/><body><p>Możesz potwierdzać swoją obecność (na przykład w placówce medycznej)</p></body></html>");
-    add("lTextQualifiedCert", "<html><head/><body><p>Możesz dodawać certyfikaty kwalifikowane </p></body></html>");
-    add("bUpdate", "Aktualizuj");
+    add("lTextAuthenCert", "<p>Możesz potwierdzać swoją tożsamość w internecie (na przykład korzystać z e-usług) </p>");
+    add("lTextAuthorCert", "<p>Możesz podpisywać dokumenty (służy jako elektroniczny podpis) </p>");
+    add("lTextPresenceCert", "<p>Możesz potwierdzać swoją obecność (na przykład w placówce medycznej)</p>");
+    add("lTextQualifiedCert", "<p>Możesz dodawać certyfikaty kwalifikowane </p>");
     add("lTryNumDesc_2",
         "Postępuj zgodnie z komunikatami na czytniku:\n1. Podaj aktualny PIN\n2. Powtórz aktualny PIN\n"
         "3. Podaj nowy PIN\n4. Powtórz nowy PIN");
@@ -60,7 +55,6 @@ void TestFormsTexts::fixedTextsAreThoseOfTheProgram_data()
     add("lPuk", "Wpisz PUK");
     add("lNewPin_2", "Nowy PIN");
     add("lRepeatPin_2", "Powtórz nowy PIN");
-    add("bChangePinPuk", "Zmień PIN");
     add("label", "<html><head/><body>Integracja velmor<br>z przeglądarkami</body></html>");
     add("lDesc",
         "<html><head/><body><p>Jeśli chcesz używać velmor korzystając </p><p>z usług dostępnych przez internet "

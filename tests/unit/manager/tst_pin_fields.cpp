@@ -138,27 +138,22 @@ private slots:
 
     void hintKeepsItsStyleAndGetsItsColourBehind_data()
     {
-        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("colour");
         QTest::addColumn<QString>("rule");
-        QTest::newRow("red") << "red"
-                             << " color:#EA0449;";
-        QTest::newRow("blue") << "blue"
-                              << " color:#2B9EEB;";
-        QTest::newRow("any other") << "green"
-                                   << " color:#2B9EEB;";
-        QTest::newRow("none") << ""
-                              << " color:#2B9EEB;";
+        QTest::newRow("error") << int(PinTexts::Colour::Error) << " color:#EA0449;";
+        QTest::newRow("neutral") << int(PinTexts::Colour::Neutral) << " color:#2B9EEB;";
+        QTest::newRow("any other") << int(PinTexts::Colour::Success) << " color:#2B9EEB;";
     }
     void hintKeepsItsStyleAndGetsItsColourBehind()
     {
-        QFETCH(QString, word);
+        QFETCH(int, colour);
         QFETCH(QString, rule);
         QLabel hint;
         hint.setStyleSheet("font-size: 12px;");
         hint.hide();
 
-        showFieldHint(&hint, word, "Podpowiedź");
-        showFieldHint(&hint, word, "Druga");
+        showFieldHint(&hint, PinTexts::Colour(colour), "Podpowiedź");
+        showFieldHint(&hint, PinTexts::Colour(colour), "Druga");
 
         // It grows at each call.
         QCOMPARE(hint.styleSheet(), "font-size: 12px;" + rule + rule);

@@ -1,7 +1,7 @@
 #include "document_links.h"
-#include "field_style.h"
 #include "header_drag.h"
 #include "home_cards.h"
+#include "pin_fields.h"
 #include "text_width.h"
 
 #include "support/testmain.h"
@@ -101,23 +101,6 @@ private slots:
     {
         QFETCH(QString, text);
         QTEST(HomeCards::pinButtonEnabled(text), "enabled");
-    }
-
-    void tileTextsStandInTheOrderOfTheContainers()
-    {
-        const auto &rows = HomeCards::texts();
-        for (int i = 0; i < 4; ++i)
-            QCOMPARE(int(rows[i].container), i);
-        QCOMPARE(QString(rows[0].title), QString("Certyfikat do \nidentyfikacji i uwierzytelniania"));
-        QCOMPARE(QString(rows[0].text),
-                 QString("Możesz potwierdzać swoją tożsamość w internecie (na przykład korzystać z e-usług) "));
-        QCOMPARE(QString(rows[1].title), QString("Certyfikat do \npodpisu osobistego"));
-        QCOMPARE(QString(rows[1].text), QString("Możesz podpisywać dokumenty (służy jako elektroniczny podpis) "));
-        QCOMPARE(QString(rows[2].title), QString("Certyfikat do \npotwierdzania obecności"));
-        QCOMPARE(QString(rows[2].text),
-                 QString("Możesz potwierdzać swoją obecność (na przykład w placówce medycznej)"));
-        QCOMPARE(QString(rows[3].title), QString("Certyfikat \nkwalifikowany"));
-        QCOMPARE(QString(rows[3].text), QString("Możesz dodawać certyfikaty kwalifikowane "));
     }
 
     void documentLinkHasOneSlashBeforeThePath()

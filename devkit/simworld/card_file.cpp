@@ -17,13 +17,14 @@ const struct {
     const char *word;
 } classWords[] = { { 0, "data" }, { 1, "certificate" }, { 2, "public-key" }, { 3, "private-key" } };
 
-unsigned long classOf(const ConfigSection &section)
+unsigned long classOf(const std::string &word)
 {
     for (const auto &row : classWords) {
-        if (section.text("class") == row.word)
+        if (word == row.word)
             return row.value;
     }
-    return static_cast<unsigned long>(section.number("class", 0));
+    long long number = 0;
+    return parseNumber(word, number) ? static_cast<unsigned long>(number) : 0;
 }
 
 std::string classWord(unsigned long objectClass)
@@ -63,28 +64,24 @@ std::vector<std::string> subfolders(const std::string &folder)
     return out;
 }
 
-Object readObject(const ConfigSection &section)
+void cardValues(ConfigValues values, Card &card)
 {
-    Object object;
-    object.objectClass = classOf(section);
-    object.label = section.text("label");
-    object.id = section.bytes("id");
-    object.file = section.text("file");
-    object.isPrivate = section.flag("private", false);
-    return object;
+    values.text("holder", card.holder);
+    values.text("chip", card.chip);
+    values.flag("supported", card.supported);
+    cardStateValues(values, card.state);
 }
 
-void writeObject(ConfigSection &section, const std::string &container, const Object &object)
+void objectValues(ConfigValues values, std::string &container, Object &object)
 {
-    section.setText("container", container);
-    section.setText("class", classWord(object.objectClass));
-    section.setText("label", object.label);
-    if (!object.id.empty())
-        section.setBytes("id", object.id);
-    if (!object.file.empty())
-        section.setText("file", object.file);
-    if (object.isPrivate)
-        section.setFlag("private", true);
+    std::string word = classWord(object.objectClass);
+    values.text("container", container);
+    values.text("class", word);
+    object.objectClass = classOf(word);
+    values.text("label", object.label);
+    values.bytesIfGiven("id", object.id);
+    values.textIfGiven("file", object.file);
+    values.flagIfSet("private", object.isPrivate);
 }
 
 } // namespace
@@ -104,39 +101,32 @@ std::optional<Card> readCard(const std::string &folder, bool withValues, std::st
     }
     Card card;
     card.name = fs::u8path(folder).filename().u8string();
-    card.holder = sections.front().text("holder");
-    card.chip = sections.front().text("chip");
-    card.supported = sections.front().flag("supported", true);
-    card.state = readCardState(sections.front());
+    card.state = freshCardState();
+    cardValues(ConfigValues::of(sections.front()), card);
     for (const ConfigSection &section : sections) {
         if (section.kind != "object")
             continue;
-        Object object = readObject(section);
+        Object object;
+        std::string container;
+        objectValues(ConfigValues::of(section), container, object);
         if (withValues && !object.file.empty() && !platform::readFile(folder + "/" + object.file, object.value)) {
             error = "cannot read " + folder + "/" + object.file;
             return {};
         }
-        card.objects[section.text("container")].push_back(object);
+        card.objects[container].push_back(object);
     }
     return card;
 }
 
-bool writeCard(const std::string &folder, const Card &card, std::string &error)
+bool writeCard(const std::string &folder, Card card, std::string &error)
 {
     std::error_code failure;
     fs::create_directories(fs::u8path(folder), failure);
     std::vector<ConfigSection> sections(1);
-    ConfigSection &top = sections.front();
-    top.setText("holder", card.holder);
-    top.setText("chip", card.chip);
-    top.setFlag("supported", card.supported);
-    writeCardState(top, card.state);
+    cardValues(ConfigValues::into(sections.front()), card);
     int number = 0;
-    for (const char *container : containers) {
-        const auto found = card.objects.find(container);
-        if (found == card.objects.end())
-            continue;
-        for (Object object : found->second) {
+    for (std::string container : containers) {
+        for (Object &object : card.objects[container]) {
             ++number;
             if (object.file.empty() && !object.value.empty())
                 object.file = "object-" + std::to_string(number) + ".bin";
@@ -144,7 +134,8 @@ bool writeCard(const std::string &folder, const Card &card, std::string &error)
                 error = "cannot write " + folder + "/" + object.file;
                 return false;
             }
-            writeObject(sections.emplace_back("object"), container, object);
+            sections.push_back({ "object", {}, {} });
+            objectValues(ConfigValues::into(sections.back()), container, object);
         }
     }
     const std::string manifest = folder + "/card.conf";

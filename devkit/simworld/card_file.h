@@ -13,7 +13,7 @@ namespace sim {
 // card.
 std::optional<Card> readCard(const std::string &folder, bool withValues, std::string &error);
 // Writes card.conf, and a file for each object whose value is not in a file yet.
-bool writeCard(const std::string &folder, const Card &card, std::string &error);
+bool writeCard(const std::string &folder, Card card, std::string &error);
 
 // The folders in which cards are looked for, in this order; the first that holds a card of the name wins.
 std::vector<std::string> cardFolders(const std::string &worldFolder, const std::string &configured);

@@ -315,29 +315,6 @@ CommandOutcome runCommand(WorldOps &ops, const std::vector<std::string> &words)
     return command->run(ops, arguments);
 }
 
-bool splitWords(const std::string &line, std::vector<std::string> &words)
-{
-    words.clear();
-    bool quoted = false;
-    bool inWord = false;
-    for (const char c : line) {
-        if (c == '"') {
-            quoted = !quoted;
-            if (!inWord)
-                words.emplace_back();
-            inWord = true;
-        } else if (!quoted && (c == ' ' || c == '\t' || c == '\r')) {
-            inWord = false;
-        } else {
-            if (!inWord)
-                words.emplace_back();
-            inWord = true;
-            words.back() += c;
-        }
-    }
-    return !quoted;
-}
-
 bool runScenario(WorldOps &ops, const std::string &text)
 {
     int number = 0;

@@ -22,9 +22,6 @@ bool isCommand(const std::string &name);
 // reason.
 bool runScenario(WorldOps &ops, const std::string &text);
 
-// Splits a line at blanks; "..." keeps blanks together. False if a quote is not closed.
-bool splitWords(const std::string &line, std::vector<std::string> &words);
-
 // One line a command: its form and what it does.
 std::string commandHelp();
 

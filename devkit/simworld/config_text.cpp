@@ -109,74 +109,110 @@ bool fromHex(const std::string &text, std::string &bytes)
     return true;
 }
 
-ConfigSection::ConfigSection(std::string kindOfSection, std::string nameOfSection) :
-    kind(std::move(kindOfSection)), name(std::move(nameOfSection))
+bool splitWords(const std::string &line, std::vector<std::string> &words)
 {
+    words.clear();
+    bool quoted = false;
+    bool inWord = false;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const char c = line[at];
+        if (!quoted && (c == ' ' || c == '\t' || c == '\r' || c == '\n')) {
+            inWord = false;
+            continue;
+        }
+        if (!inWord)
+            words.emplace_back();
+        inWord = true;
+        const bool doubled = quoted && line.compare(at, 2, "\"\"") == 0;
+        if (c != '"' || doubled)
+            words.back() += c;
+        else
+            quoted = !quoted;
+        at += doubled ? 1 : 0;
+    }
+    return !quoted;
 }
 
-const std::string *ConfigSection::find(const std::string &key) const
+std::string quotedIfNeeded(const std::string &word)
 {
+    if (!word.empty() && word.find_first_of(" \t\r\n\"") == std::string::npos)
+        return word;
+    std::string out = "\"";
+    for (const char c : word)
+        out.append(c == '"' ? 2 : 1, c);
+    return out + '"';
+}
+
+std::vector<std::string> ConfigSection::texts(const std::string &key) const
+{
+    std::vector<std::string> out;
     for (const auto &line : lines) {
         if (line.first == key)
-            return &line.second;
+            out.push_back(line.second);
     }
-    return nullptr;
+    return out;
 }
 
-std::string ConfigSection::text(const std::string &key, const std::string &otherwise) const
+// True if the text has been read.
+bool ConfigValues::exchange(const std::string &key, std::string &text)
 {
-    const std::string *value = find(key);
-    return value ? *value : otherwise;
-}
-
-long long ConfigSection::number(const std::string &key, long long otherwise) const
-{
-    long long value = 0;
-    const std::string *found = find(key);
-    return found && parseNumber(*found, value) ? value : otherwise;
-}
-
-bool ConfigSection::flag(const std::string &key, bool otherwise) const
-{
-    const std::string *value = find(key);
-    return value ? *value == "yes" || *value == "on" || *value == "true" || *value == "1" : otherwise;
-}
-
-std::string ConfigSection::bytes(const std::string &key) const
-{
-    std::string value;
-    return fromHex(text(key), value) ? value : std::string();
-}
-
-void ConfigSection::setText(const std::string &key, const std::string &value)
-{
-    for (auto &line : lines) {
-        if (line.first == key) {
-            line.second = value;
-            return;
-        }
+    if (to) {
+        to->addText(key, text);
+        return false;
     }
-    lines.emplace_back(key, value);
+    const std::vector<std::string> found = from->texts(key);
+    if (!found.empty())
+        text = found.back();
+    return !found.empty();
 }
 
-void ConfigSection::setNumber(const std::string &key, long long value)
+void ConfigValues::text(const std::string &key, std::string &value)
 {
-    setText(key, std::to_string(value));
+    exchange(key, value);
 }
 
-void ConfigSection::setHexNumber(const std::string &key, unsigned long long value)
+void ConfigValues::textIfGiven(const std::string &key, std::string &value)
 {
-    setText(key, hexNumber(value));
+    if (from || !value.empty())
+        exchange(key, value);
 }
 
-void ConfigSection::setFlag(const std::string &key, bool value)
+void ConfigValues::flag(const std::string &key, bool &value, const char *yes, const char *no)
 {
-    setText(key, value ? "yes" : "no");
+    std::string word = value ? yes : no;
+    if (exchange(key, word))
+        value = word == "yes" || word == "on" || word == "true" || word == "1";
 }
 
-void ConfigSection::setBytes(const std::string &key, const std::string &value)
+void ConfigValues::flagIfSet(const std::string &key, bool &value)
 {
-    setText(key, toHex(value));
+    if (from || value)
+        flag(key, value);
+}
+
+void ConfigValues::wideNumber(const std::string &key, long long &value)
+{
+    std::string digits = std::to_string(value);
+    long long read = 0;
+    if (exchange(key, digits) && parseNumber(digits, read))
+        value = read;
+}
+
+void ConfigValues::bitsIfSet(const std::string &key, std::uint32_t &value)
+{
+    std::string digits = hexNumber(value);
+    long long read = 0;
+    if ((from || value) && exchange(key, digits) && parseNumber(digits, read))
+        value = static_cast<std::uint32_t>(read);
+}
+
+void ConfigValues::bytesIfGiven(const std::string &key, std::string &value)
+{
+    std::string digits = toHex(value);
+    textIfGiven(key, digits);
+    std::string read;
+    if (fromHex(digits, read))
+        value = read;
 }
 
 bool parseConfig(const std::string &text, std::vector<ConfigSection> &sections, std::string &error)
@@ -195,8 +231,9 @@ bool parseConfig(const std::string &text, std::vector<ConfigSection> &sections, 
         if (line.front() == '[' && line.back() == ']') {
             const std::string head = trimmed(line.substr(1, line.size() - 2));
             const std::size_t gap = head.find(' ');
-            sections.emplace_back(head.substr(0, gap),
-                                  gap == std::string::npos ? std::string() : unescaped(trimmed(head.substr(gap))));
+            sections.push_back({ head.substr(0, gap),
+                                 gap == std::string::npos ? std::string() : unescaped(trimmed(head.substr(gap))),
+                                 {} });
             continue;
         }
         const std::size_t equals = line.find('=');
@@ -204,7 +241,7 @@ bool parseConfig(const std::string &text, std::vector<ConfigSection> &sections, 
             error = "line " + std::to_string(number) + " is neither \"key = value\" nor \"[section]\"";
             return false;
         }
-        sections.back().setText(trimmed(line.substr(0, equals)), unescaped(trimmed(line.substr(equals + 1))));
+        sections.back().addText(trimmed(line.substr(0, equals)), unescaped(trimmed(line.substr(equals + 1))));
     }
     return true;
 }
@@ -215,7 +252,7 @@ std::string writeConfig(const std::vector<ConfigSection> &sections, const std::s
     for (const ConfigSection &section : sections) {
         if (!section.kind.empty())
             out += "\n[" + section.kind + (section.name.empty() ? "" : " " + escaped(section.name)) + "]\n";
-        for (const auto &line : section.entries())
+        for (const auto &line : section.lines)
             out += line.first + " = " + escaped(line.second) + "\n";
     }
     return out;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,32 +9,45 @@
 // for comments. A backslash in a value stands before n, r, t, s (a blank at either end) or another backslash.
 namespace sim {
 
-class ConfigSection {
-public:
-    explicit ConfigSection(std::string kindOfSection = {}, std::string nameOfSection = {});
-
+struct ConfigSection {
     std::string kind; // empty for the lines above the first section
     std::string name;
+    std::vector<std::pair<std::string, std::string>> lines; // a key may stand on several
 
-    bool has(const std::string &key) const { return find(key) != nullptr; }
-    // A missing or unreadable value gives the one handed in.
-    std::string text(const std::string &key, const std::string &otherwise = {}) const;
-    long long number(const std::string &key, long long otherwise) const;
-    bool flag(const std::string &key, bool otherwise) const;
-    std::string bytes(const std::string &key) const; // written as hexadecimal digits
+    std::vector<std::string> texts(const std::string &key) const;
+    void addText(const std::string &key, const std::string &value) { lines.emplace_back(key, value); }
+};
 
-    void setText(const std::string &key, const std::string &value);
-    void setNumber(const std::string &key, long long value);
-    void setHexNumber(const std::string &key, unsigned long long value);
-    void setFlag(const std::string &key, bool value);
-    void setBytes(const std::string &key, const std::string &value);
+// The values of a section in either direction, so that one function names what a section holds. When it is read, a
+// variable stays as it is where the key is missing or its value unreadable; of several lines the last counts.
+class ConfigValues {
+public:
+    static ConfigValues of(const ConfigSection &section) { return { &section, nullptr }; }
+    static ConfigValues into(ConfigSection &section) { return { nullptr, &section }; }
 
-    const std::vector<std::pair<std::string, std::string>> &entries() const { return lines; }
+    void text(const std::string &key, std::string &value);
+    void flag(const std::string &key, bool &value, const char *yes = "yes", const char *no = "no");
+    template <class Number>
+    void number(const std::string &key, Number &value)
+    {
+        long long wide = value;
+        wideNumber(key, wide);
+        value = static_cast<Number>(wide);
+    }
+    // Left out while empty, false or 0.
+    void textIfGiven(const std::string &key, std::string &value);
+    void flagIfSet(const std::string &key, bool &value);
+    void bitsIfSet(const std::string &key, std::uint32_t &value); // written as "0x..."
+    void bytesIfGiven(const std::string &key, std::string &value); // written as hexadecimal digits
 
 private:
-    const std::string *find(const std::string &key) const;
+    ConfigValues(const ConfigSection *read, ConfigSection *written) : from(read), to(written) { }
 
-    std::vector<std::pair<std::string, std::string>> lines;
+    void wideNumber(const std::string &key, long long &value);
+    bool exchange(const std::string &key, std::string &text);
+
+    const ConfigSection *from; // one of the two is null
+    ConfigSection *to;
 };
 
 // The first section is always there and holds what stands above all others. False with the line's number in `error`
@@ -47,5 +61,11 @@ std::string toHex(const std::string &bytes);
 bool fromHex(const std::string &text, std::string &bytes);
 std::string hexNumber(unsigned long long value); // "0x1f"
 std::string trimmed(const std::string &text);
+
+// Splits a line at blanks. Quotes keep blanks together, also in the middle of a word; a doubled quote within them is
+// one. False if a quote is not closed.
+bool splitWords(const std::string &line, std::vector<std::string> &words);
+// In quotes if splitWords would not give it back otherwise.
+std::string quotedIfNeeded(const std::string &word);
 
 } // namespace sim

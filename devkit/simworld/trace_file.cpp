@@ -20,42 +20,10 @@ bool isForText(const std::string &argument)
     return std::find(std::begin(left), std::end(left), argument) == std::end(left);
 }
 
-std::string quotedIfNeeded(const std::string &value)
-{
-    if (!value.empty() && value.find_first_of(" \"\\\n") == std::string::npos)
-        return value;
-    std::string out = "\"";
-    for (const char c : value) {
-        if (c == '"' || c == '\\')
-            out += '\\';
-        out += c == '\n' ? ' ' : c;
-    }
-    return out + "\"";
-}
-
-// Splits at blanks outside quotes, which it takes off.
-std::vector<std::string> words(const std::string &line)
-{
-    std::vector<std::string> out(1);
-    bool quoted = false;
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        const char c = line[at];
-        if (c == '"')
-            quoted = !quoted;
-        else if (c == '\\' && quoted && at + 1 < line.size())
-            out.back() += line[++at];
-        else if (c == ' ' && !quoted)
-            out.emplace_back();
-        else
-            out.back() += c;
-    }
-    return out;
-}
-
 bool fromLine(const std::string &line, TraceEntry &entry)
 {
-    const std::vector<std::string> parts = words(line);
-    if (parts.size() < 5 || parts[parts.size() - 2] != "->")
+    std::vector<std::string> parts;
+    if (!splitWords(line, parts) || parts.size() < 5 || parts[parts.size() - 2] != "->")
         return false;
     entry.ms = std::atoll(parts[0].c_str());
     entry.process = std::atoi(parts[1].c_str());
@@ -87,6 +55,7 @@ std::string traceLine(const std::string &function, const TraceArguments &argumen
         std::to_string(platform::msSinceEpoch()) + " " + std::to_string(platform::processId()) + " " + function;
     for (const auto &argument : arguments)
         line += " " + argument.first + "=" + quotedIfNeeded(argument.second);
+    std::replace(line.begin(), line.end(), '\n', ' ');
     return line + " -> " + outcome + "\n";
 }
 

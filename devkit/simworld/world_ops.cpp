@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "simworld/card_file.h"
+#include "simworld/command_faults.h"
 #include "simworld/cryptoki_names.h"
 #include "simworld/world_store.h"
 
@@ -301,7 +302,7 @@ bool WorldOps::setLabel(const std::string &card, const std::string &container, c
 
 bool WorldOps::setDelay(long long ms)
 {
-    if (ms < 0 || ms > 600000)
+    if (ms < 0 || ms > longestDelayMs)
         return refuse("a delay is 0 to 600000 milliseconds");
     world.delayMs = static_cast<int>(ms);
     return true;
@@ -313,6 +314,11 @@ bool WorldOps::addFault(const Fault &fault)
         return refuse(inQuotes(fault.function) + " is no function of the card library");
     if (fault.nth < 0 || fault.delayMs < 0)
         return refuse("neither a call's number nor a delay can be negative");
+    // Nothing may come into the world that its file could not give back.
+    std::vector<std::string> words;
+    Fault read;
+    if (!splitWords(describeFault(fault), words) || !parseFault(words, read, error))
+        return false;
     world.faults.push_back(fault);
     return true;
 }

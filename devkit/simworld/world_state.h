@@ -42,20 +42,19 @@ bool isContainer(const std::string &name);
 int pinDigits(const std::string &container);
 inline constexpr int pukDigits = 8;
 inline constexpr int maxTries = 3;
+inline constexpr int longestDelayMs = 600000;
 
 // A CardState with all five containers and the PINs of the specimen cards.
 CardState freshCardState();
 
-void writeCardState(ConfigSection &section, const CardState &state);
-CardState readCardState(const ConfigSection &section);
-void writeReader(ConfigSection &section, const WorldReader &reader);
-WorldReader readReader(const ConfigSection &section);
+// What a section says of a card's state; when it is read, onto a fresh one.
+void cardStateValues(ConfigValues values, CardState &state);
 
-std::string worldToText(const World &world);
+std::string worldToText(World world);
 bool worldFromText(const std::string &text, World &world, std::string &error);
 
 // events.log is one "[event NUMBER]" section after the other, each followed by the readers as they then stood.
-std::string eventToText(const ReaderEvent &event);
+std::string eventToText(ReaderEvent event);
 std::vector<ReaderEvent> eventsFromText(const std::string &text);
 
 } // namespace sim

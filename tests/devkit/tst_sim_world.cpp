@@ -19,7 +19,6 @@ private slots:
     void aWorldIsTheSameForAnotherObject();
     void textsSurviveTheFile_data();
     void textsSurviveTheFile();
-    void faultSurvivesTheFile();
     void ownCardIsDefinedAndInserted();
     void redefinedCardLosesItsOldState();
     void cardsOfAnotherFolder();
@@ -189,48 +188,6 @@ void TstSimWorld::textsSurviveTheFile()
     QCOMPARE(QString::fromStdString(world.readers().at(0).name), name);
     QCOMPARE(QString::fromStdString(world.readerEvents().back().readers.at(0).name), name);
     QCOMPARE(QString::fromStdString(world.cardState("anna")->pins[sim::Qualified].label), name);
-}
-
-void TstSimWorld::faultSurvivesTheFile()
-{
-    sim::Fault fault;
-    fault.function = "C_GetAttributeValue";
-    fault.nth = 4;
-    fault.reader = "R x";
-    fault.container = sim::Emrtd;
-    fault.attribute = 0x11;
-    fault.buffer = sim::Fault::Buffer::Null;
-    fault.delayMs = 5;
-    fault.block = true;
-    fault.removeReader = "R";
-    fault.removeCard = "S";
-    fault.result = 0xFFFFFFFF;
-    fault.afterWork = true;
-    fault.description = std::string("\0\n\xFF", 3);
-    fault.label = "";
-    fault.flags = 0x88000000;
-    fault.count = 0;
-    fault.length = -1;
-
-    QVERIFY(world.addFault(fault));
-
-    const sim::Fault read = world.faults().at(0);
-    QCOMPARE(read.function, fault.function);
-    QCOMPARE(read.nth, 4);
-    QCOMPARE(read.reader, fault.reader);
-    QCOMPARE(read.container, fault.container);
-    QCOMPARE(*read.attribute, 0x11UL);
-    QVERIFY(read.buffer == sim::Fault::Buffer::Null);
-    QCOMPARE(read.delayMs, 5);
-    QVERIFY(read.block && read.afterWork);
-    QCOMPARE(read.removeReader, std::string("R"));
-    QCOMPARE(read.removeCard, std::string("S"));
-    QCOMPARE(*read.result, 0xFFFFFFFFUL);
-    QCOMPARE(*read.description, *fault.description);
-    QCOMPARE(*read.label, std::string());
-    QCOMPARE(*read.flags, 0x88000000U);
-    QCOMPARE(*read.count, 0LL);
-    QCOMPARE(*read.length, -1LL);
 }
 
 void TstSimWorld::ownCardIsDefinedAndInserted()

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "pkcs11/cryptoki.h"
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 namespace sim {
 

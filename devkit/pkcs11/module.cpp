@@ -1,6 +1,7 @@
 #include "pkcs11/module.h"
 
 #include "simworld/card_file.h"
+#include "simworld/sim_world.h"
 
 namespace sim {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 // A card on disk: a folder with card.conf and the files it names.
 namespace sim {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 // Faults and answers at the keypad as words: in commands, in lists, in world.conf.
 namespace sim {

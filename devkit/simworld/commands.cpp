@@ -168,7 +168,7 @@ Outcome unset(WorldOps &ops, const Words &words)
         return notUnderstood(ops, "the last word is \"first-use\" or \"not-initialized\"");
     if (!takeCard(ops, rest, 1, card))
         return Outcome::Refused;
-    return done(ops.unsetPin(card, rest[0], firstUse ? SimWorld::Unset::FirstUse : SimWorld::Unset::NotInitialized));
+    return done(ops.unsetPin(card, rest[0], firstUse ? Unset::FirstUse : Unset::NotInitialized));
 }
 
 Outcome flags(WorldOps &ops, const Words &words)
@@ -227,9 +227,9 @@ Outcome pad(WorldOps &ops, const Words &words)
     if (verb == "clear" && words.size() == 1)
         return done(ops.clearPad());
     if (verb == "change" && words.size() == 3)
-        return done(ops.padTwice(words[1], words[1], words[2]));
+        return done(ops.padChange(words[1], words[2]));
     if (verb == "unblock" && words.size() == 3)
-        return done(ops.padTwice(words[1], {}, words[2]));
+        return done(ops.padUnblock(words[1], words[2]));
     if (!parsePad(words, answer))
         return notUnderstood(ops,
                              "pad takes: change PIN NEW, unblock PUK NEW, first PUK NEW, enter SECRET [NEW [REPEAT]], "

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "simworld/world_ops.h"
 
 // The simulated world: readers, specimen cards, PIN counters, faults and the call trace. The stand-in of the card
 // library reads it at every call, velmor-sim and the tests change it; all of them may be different processes at the
@@ -16,130 +17,6 @@
 // Texts and paths are UTF-8. No exceptions: a method that can fail returns false and leaves its reason in error().
 namespace sim {
 
-// The five tokens of a card, in the order of their slots. A card's slot description is "READER #1" to "READER #5".
-inline constexpr const char *Authentication = "Authentication"; // PIN of 4 digits
-inline constexpr const char *Presence = "Presence"; // no PIN
-inline constexpr const char *Authorization = "Authorization"; // PIN of 6 digits
-inline constexpr const char *Qualified = "Qualified"; // PIN of 8 digits; its token shows the card's PUK counter
-inline constexpr const char *Emrtd = "eMRTD"; // no PIN; holds the data groups
-
-struct Reader {
-    std::string name;
-    std::string card; // name of the card in it, empty if there is none
-    bool pinpad = false;
-    bool waitCan = false; // the card can be seen but not read before its CAN
-    bool notReadByTheMonitor = false;
-    bool supported = true; // false: there is a card, but not one of ours (C_GetTokenInfo answers 0xE1)
-    int id = 0; // slot ids of this reader are (id - 1) * 8 + 1 to + 5
-    int insertion = 0; // a new number at every insertion; a session does not outlive it
-};
-
-struct PinState {
-    std::string pin; // digits; also kept while locked
-    int tries = 3; // 3, 2, 1, or 0 for locked
-    bool initialized = true; // false: to be set by the security officer (login with the PUK, then C_InitPIN)
-    bool toBeChanged = false; // true: first use (C_SetPIN with the PUK as the old PIN, no login)
-    std::uint32_t flagsOn = 0; // CK_TOKEN_INFO.flags bits that are shown whatever the state says ...
-    std::uint32_t flagsOff = 0; // ... and those that are never shown
-    std::string label; // token label instead of the container's word, empty for none
-};
-
-struct CardState {
-    std::string puk;
-    int pukTries = 3;
-    std::map<std::string, PinState> pins; // by container, all five; eMRTD and Presence have no PIN but label and flags
-};
-
-// One object of a token. `file` names a file beside the card's manifest; a card made by a test may give `value`
-// instead.
-struct Object {
-    unsigned long objectClass = 0; // CKO_DATA 0, CKO_CERTIFICATE 1, CKO_PUBLIC_KEY 2, CKO_PRIVATE_KEY 3
-    std::string label;
-    std::string id; // raw bytes
-    std::string file;
-    std::string value; // raw bytes: DER, data group
-    bool isPrivate = false; // found only after login
-};
-
-// What a card is when it leaves the factory. What happens to it later is its CardState.
-struct Card {
-    std::string name;
-    std::string holder; // for lists shown to a person
-    std::string chip; // "VELMOR_1_0", "VELMOR_2_0", "VELMOR_2_1", "VELMOR_2_2_TEST", "VELMOR_2_2"; "" if unrecognised
-    bool supported = true;
-    CardState state;
-    std::map<std::string, std::vector<Object>> objects; // by container, in the order in which a search finds them
-};
-
-// Which call of a function goes wrong, and how. All conditions must hold for a call to count. A fault with `nth` above
-// 0 is gone once it has happened.
-struct Fault {
-    enum class Buffer { Any, Null, Given }; // calls that ask for a size or count, calls that bring a buffer
-
-    std::string function; // "C_Login"; "*" for every function
-    int nth = 1; // the n-th counting call from now on; 0: every one
-    std::string reader; // only calls on this reader; empty: any
-    std::string container; // only calls on this token; empty: any
-    std::optional<unsigned long> attribute; // only C_GetAttributeValue whose first attribute is this type
-    Buffer buffer = Buffer::Any; // C_GetSlotList and C_GetAttributeValue
-
-    // What happens, in this order.
-    int delayMs = 0; // the call takes so much longer
-    bool block = false; // the call waits for release()
-    std::string removeReader; // this reader goes; the call then fails as it would at a real reader
-    std::string removeCard; // the card in this reader goes
-    std::optional<unsigned long> result; // this CKR value is returned instead of doing the work ...
-    bool afterWork = false; // ... or after having done it
-    // Nonsense in an otherwise good answer. Texts are raw bytes, filled with blanks to the size of the field.
-    std::optional<std::string> description; // C_GetSlotInfo, 64 bytes
-    std::optional<std::string> label; // C_GetTokenInfo, 32 bytes
-    std::optional<std::uint32_t> flags; // C_GetSlotInfo, C_GetTokenInfo
-    std::optional<long long>
-        count; // C_GetSlotList, C_FindObjects: the number reported; never more ids than fit are written
-    std::optional<long long> length; // C_GetAttributeValue: ulValueLen reported, -1 for (CK_ULONG)-1
-};
-
-// What the user does at the keypad of a pinpad reader. Each library call that finds an empty PIN takes the first answer
-// of the queue, and waits for one (in a cancellation point) while there is none.
-struct PadAnswer {
-    enum class Kind {
-        Enter, // keys in `secret`, `newSecret`, `repeat`, whichever the call needs
-        Cancel, // the red key: CKR_FUNCTION_CANCELED 0x50
-        Mismatch, // the two new PINs differ: CKR_ARGUMENTS_BAD 7
-        Reject, // CKR_FUNCTION_REJECTED 0x200; a PIN not yet set is activated and locked by it
-        Result // `result`
-    };
-    Kind kind = Kind::Enter;
-    std::string secret; // current PIN, or the PUK
-    std::string newSecret;
-    std::string repeat; // empty: the same as newSecret
-    unsigned long result = 0;
-};
-
-// One call of the library. A PIN or PUK never gets here: of those a call says "set", "empty" or "null".
-struct TraceEntry {
-    int process = 0;
-    long long ms = 0; // since the epoch, at the end of the call
-    std::string function;
-    // By name: reader, container, slot, session, object, user (USER, SO), pin, newPin (set, empty, null), attribute
-    // (CLASS, LABEL, VALUE, ... or 0x...), buffer (null, given), max, count, flags, template. Only what the function
-    // has.
-    std::map<std::string, std::string> arguments;
-    bool waiting = false; // true: not a result but the note that the call has begun to wait (block, pad)
-    unsigned long result = 0;
-    // "C_Login container=Qualified user=SO pin=set -> 0xa0": without process, time, reader, slot, session and object,
-    // so that a sequence of calls can be compared as it stands.
-    std::string text;
-};
-
-// The readers as they stood after one change of readers or cards, for whoever watches them. Numbers count up from 1.
-struct ReaderEvent {
-    long number = 0;
-    std::string what; // "added", "removed", "inserted", "ejected", "changed", "reset"
-    std::string reader;
-    std::vector<Reader> readers;
-};
-
 class SimWorld {
 public:
     // VELMOR_SIM_WORLD, else $XDG_STATE_HOME/velmor-sim, else ~/.local/state/velmor-sim; Windows: APPDATA\velmor-sim.
@@ -150,73 +27,77 @@ public:
     std::string directory() const { return folder; }
     std::string error() const { return reason; }
 
-    // No reader, all cards as made, no fault, no pad answer, no delay, an empty trace that is on. Cards defined by
-    // defineCard stay. Whatever waits in a blocked call is released.
-    bool reset();
     // Sets the whole world from a text of velmor-sim commands, one a line (README.md). Nothing is changed on an error.
     bool applyScenario(const std::string &text);
-    // Changes whenever anything in the world changes.
-    long generation() const;
+    bool defineCard(const Card &card); // a card of this world's own; replaces one of the same name
+    bool reset(); // also of a world that cannot be read
 
-    // Readers, in the order in which the library lists them. A name must be new and not empty.
-    std::vector<Reader> readers() const;
-    bool addReader(const std::string &name, bool pinpad = false);
-    bool removeReader(const std::string &name); // its card is free again
-    bool setPinpad(const std::string &reader, bool on);
-    bool setWaitCan(const std::string &reader, bool on);
-    bool setNotReadByTheMonitor(const std::string &reader, bool on);
+    // The changes of WorldOps, where they are explained.
+    using Text = const std::string &;
+    using Unset = sim::Unset;
+    bool addReader(Text name, bool pinpad = false) { return step(&WorldOps::addReader, name, pinpad); }
+    bool removeReader(Text name) { return step(&WorldOps::removeReader, name); }
+    bool setPinpad(Text reader, bool on) { return step(&WorldOps::setReaderFlag, reader, &Reader::pinpad, on); }
+    bool setWaitCan(Text reader, bool on) { return step(&WorldOps::setReaderFlag, reader, &Reader::waitCan, on); }
+    bool setNotReadByTheMonitor(Text reader, bool on)
+    {
+        return step(&WorldOps::setReaderFlag, reader, &Reader::notReadByTheMonitor, on);
+    }
+    bool insertCard(Text reader, Text card) { return step(&WorldOps::insertCard, reader, card); }
+    bool removeCard(Text reader) { return step(&WorldOps::removeCard, reader); }
+    bool setCardsDirectory(Text path) { return step(&WorldOps::setCardsDirectory, path); }
+    bool setCardState(Text card, const CardState &state) { return step(&WorldOps::setCardState, card, state); }
+    bool restoreCard(Text card) { return step(&WorldOps::restoreCard, card); }
+    bool setPin(Text card, Text container, Text pin) { return step(&WorldOps::setPin, card, container, pin); }
+    bool setTries(Text card, Text container, int tries) { return step(&WorldOps::setTries, card, container, tries); }
+    bool setPukTries(Text card, int tries) { return step(&WorldOps::setPukTries, card, tries); }
+    bool unsetPin(Text card, Text container, Unset kind) { return step(&WorldOps::unsetPin, card, container, kind); }
+    bool setTokenFlags(Text card, Text container, std::uint32_t on, std::uint32_t off)
+    {
+        return step(&WorldOps::setTokenFlags, card, container, on, off);
+    }
+    bool setLabel(Text card, Text container, Text label) { return step(&WorldOps::setLabel, card, container, label); }
+    bool setDelay(int msOnEveryCall) { return step(&WorldOps::setDelay, msOnEveryCall); }
+    bool addFault(const Fault &fault) { return step(&WorldOps::addFault, fault); }
+    bool clearFaults() { return step(&WorldOps::clearFaults); }
+    bool release() { return step(&WorldOps::release); }
+    bool pad(const PadAnswer &answer) { return step(&WorldOps::pad, answer); }
+    bool padChange(Text pin, Text newPin) { return step(&WorldOps::padChange, pin, newPin); }
+    bool padUnblock(Text puk, Text newPin) { return step(&WorldOps::padUnblock, puk, newPin); }
+    bool padFirstPin(Text puk, Text newPin) { return step(&WorldOps::padFirstPin, puk, newPin); }
+    bool clearPad() { return step(&WorldOps::clearPad); }
+    bool setTraceOn(bool on) { return step(&WorldOps::setTraceOn, on); }
+    bool clearTrace() { return step(&WorldOps::clearTrace); }
+
+    // The world as it is now.
+    long generation() const; // changes whenever anything in the world changes
+    std::vector<Reader> readers() const; // in the order in which the library lists them
     // Reader changes after `since`, oldest first; none is ever merged with another.
     std::vector<ReaderEvent> readerEvents(long since = 0) const;
     long lastReaderEvent() const;
-
-    // Cards. A card is in one reader at most; its PINs stay as they are while it is out.
     std::vector<Card> cards() const; // all that can be inserted, without their objects' values
     std::optional<Card> card(const std::string &name) const; // with values, as made
-    bool insertCard(const std::string &reader, const std::string &card); // the reader is made if it does not exist
-    bool removeCard(const std::string &reader);
-    bool defineCard(const Card &card); // a card of this world's own; replaces one of the same name
-    bool setCardsDirectory(const std::string &path); // instead of VELMOR_SIM_CARDS or the folder beside the library
     std::string cardsDirectory() const;
-
-    // PINs as they are now.
-    std::optional<CardState> cardState(const std::string &card) const;
-    bool setCardState(const std::string &card, const CardState &state);
-    bool restoreCard(const std::string &card); // as made
-    bool setPin(const std::string &card, const std::string &container, const std::string &pin); // three tries, set
-    bool setTries(const std::string &card, const std::string &container, int tries); // 0 to 3
-    bool setPukTries(const std::string &card, int tries);
-    enum class Unset { FirstUse, NotInitialized };
-    bool unsetPin(const std::string &card, const std::string &container, Unset kind);
-    bool setTokenFlags(const std::string &card, const std::string &container, std::uint32_t on, std::uint32_t off);
-    bool setLabel(const std::string &card, const std::string &container, const std::string &label);
-
-    // Faults.
-    bool setDelay(int msOnEveryCall);
-    bool addFault(const Fault &fault);
+    std::optional<CardState> cardState(const std::string &card) const; // PINs as they are now
     std::vector<Fault> faults() const; // `nth` is what is left to count
-    bool clearFaults();
-    // Blocked calls go on, each with what else its fault says; one that begins later blocks again. Pad waits need an
-    // answer.
-    bool release();
     int waitingCalls() const; // calls that wait now, in a block or at the pad
-
-    // Keypad.
-    bool pad(const PadAnswer &answer);
-    bool padChange(const std::string &pin, const std::string &newPin); // answers C_Login and C_SetPIN
-    bool padUnblock(const std::string &puk, const std::string &newPin); // answers C_Login and C_InitPIN
-    bool padFirstPin(const std::string &puk, const std::string &newPin); // answers C_SetPIN of a first use
     std::vector<PadAnswer> padAnswers() const;
-    bool clearPad();
 
     // Trace, oldest first, of all processes.
-    bool setTraceOn(bool on);
     std::vector<TraceEntry> trace() const; // finished calls only
     std::vector<TraceEntry> trace(const std::string &function) const;
     std::vector<std::string> traceTexts() const; // texts of trace()
     std::vector<TraceEntry> fullTrace() const; // with the "waiting" notes
-    bool clearTrace();
 
 private:
+    bool change(const std::function<bool(WorldOps &ops)> &work);
+    template <class... Parameters, class... Arguments>
+    bool step(bool (WorldOps::*op)(Parameters...), const Arguments &...arguments)
+    {
+        return change([&](WorldOps &ops) { return (ops.*op)(arguments...); });
+    }
+    World state() const;
+
     std::string folder;
     mutable std::string reason;
 };

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 // trace.log: one line a call,
 //   MS PID C_Login reader="Czytnik Alfa" container=Qualified session=1 user=SO pin=set -> 0xa0

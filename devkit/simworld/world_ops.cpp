@@ -271,13 +271,13 @@ bool WorldOps::setPukTries(const std::string &card, long long tries)
     return state != nullptr;
 }
 
-bool WorldOps::unsetPin(const std::string &card, const std::string &container, SimWorld::Unset kind)
+bool WorldOps::unsetPin(const std::string &card, const std::string &container, Unset kind)
 {
     PinState *state = knownPin(card, container);
     if (!state)
         return false;
-    state->initialized = kind == SimWorld::Unset::FirstUse;
-    state->toBeChanged = kind == SimWorld::Unset::FirstUse;
+    state->initialized = kind == Unset::FirstUse;
+    state->toBeChanged = kind == Unset::FirstUse;
     state->tries = maxTries;
     return true;
 }
@@ -341,14 +341,19 @@ bool WorldOps::pad(const PadAnswer &answer)
     return true;
 }
 
-bool WorldOps::padTwice(const std::string &secret, const std::string &secondSecret, const std::string &newSecret)
+bool WorldOps::padChange(const std::string &pin, const std::string &newPin)
 {
-    PadAnswer login;
-    login.secret = secret;
-    PadAnswer second;
-    second.secret = secondSecret;
-    second.newSecret = newSecret;
-    return pad(login) && pad(second);
+    return pad({ PadAnswer::Kind::Enter, pin, {}, {}, 0 }) && pad({ PadAnswer::Kind::Enter, pin, newPin, {}, 0 });
+}
+
+bool WorldOps::padUnblock(const std::string &puk, const std::string &newPin)
+{
+    return pad({ PadAnswer::Kind::Enter, puk, {}, {}, 0 }) && pad({ PadAnswer::Kind::Enter, {}, newPin, {}, 0 });
+}
+
+bool WorldOps::padFirstPin(const std::string &puk, const std::string &newPin)
+{
+    return pad({ PadAnswer::Kind::Enter, puk, newPin, {}, 0 });
 }
 
 bool WorldOps::clearPad()

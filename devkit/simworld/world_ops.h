@@ -14,32 +14,42 @@ public:
     // `worldFolder` is where the cards of this world's own are looked for.
     WorldOps(World &changedWorld, std::string worldFolder, std::string &reason);
 
+    // No reader, all cards as made, no fault, no pad answer, no delay, an empty trace that is on. Cards of this world's
+    // own stay. Whatever waits in a blocked call is released.
     bool reset();
-    bool addReader(const std::string &name, bool pinpad);
-    bool removeReader(const std::string &name);
+
+    bool addReader(const std::string &name, bool pinpad); // a new name, not empty
+    bool removeReader(const std::string &name); // its card is free again
     bool setReaderFlag(const std::string &reader, bool Reader::*flag, bool on);
-    bool insertCard(const std::string &reader, const std::string &card);
+
+    // A card is in one reader at most; its PINs stay as they are while it is out.
+    bool insertCard(const std::string &reader, const std::string &card); // the reader is made if it does not exist
     bool removeCard(const std::string &reader);
-    bool setCardsDirectory(const std::string &path);
+    bool setCardsDirectory(const std::string &path); // instead of VELMOR_SIM_CARDS or the folder beside the library
 
     bool setCardState(const std::string &card, const CardState &state);
-    bool restoreCard(const std::string &card);
-    bool setPin(const std::string &card, const std::string &container, const std::string &pin);
-    bool setPuk(const std::string &card, const std::string &puk);
-    bool setTries(const std::string &card, const std::string &container, long long tries);
+    bool restoreCard(const std::string &card); // as made
+    bool setPin(const std::string &card, const std::string &container, const std::string &pin); // with three tries
+    bool setPuk(const std::string &card, const std::string &puk); // likewise
+    bool setTries(const std::string &card, const std::string &container, long long tries); // 0 to 3
     bool setPukTries(const std::string &card, long long tries);
-    bool unsetPin(const std::string &card, const std::string &container, SimWorld::Unset kind);
+    bool unsetPin(const std::string &card, const std::string &container, Unset kind);
     bool setTokenFlags(const std::string &card, const std::string &container, std::uint32_t on, std::uint32_t off);
     bool setLabel(const std::string &card, const std::string &container, const std::string &label);
 
-    bool setDelay(long long ms);
+    bool setDelay(long long ms); // of every call
     bool addFault(const Fault &fault);
     bool clearFaults();
+    // Blocked calls go on, each with what else its fault says; one that begins later blocks again. Pad waits need an
+    // answer.
     bool release();
+
     bool pad(const PadAnswer &answer);
-    // Two answers, for a login with `secret` and for the call after it.
-    bool padTwice(const std::string &secret, const std::string &secondSecret, const std::string &newSecret);
+    bool padChange(const std::string &pin, const std::string &newPin); // answers C_Login and C_SetPIN
+    bool padUnblock(const std::string &puk, const std::string &newPin); // answers C_Login and C_InitPIN
+    bool padFirstPin(const std::string &puk, const std::string &newPin); // answers C_SetPIN of a first use
     bool clearPad();
+
     bool setTraceOn(bool on);
     bool clearTrace();
 

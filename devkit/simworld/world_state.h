@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "simworld/config_text.h"
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 // The whole content of world.conf.
 namespace sim {

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 #include "specimens/authority.h"
 #include "specimens/person.h"
 

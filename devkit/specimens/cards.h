@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "simworld/sim_world.h"
+#include "simworld/world_types.h"
 
 namespace specimen {
 

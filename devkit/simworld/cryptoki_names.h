@@ -1,13 +1,10 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 // Names of the published PKCS #11 standard, for texts that a person writes or reads.
 namespace sim {
 
-// All functions of CK_FUNCTION_LIST, in its order.
-const std::vector<const char *> &cryptokiFunctions();
 bool isCryptokiFunction(const std::string &name);
 
 // "CKR_PIN_INCORRECT" or "PIN_INCORRECT" or a number; false if it is none of them.

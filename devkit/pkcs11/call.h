@@ -57,6 +57,27 @@ public:
         return result;
     }
 
+    // The same with work on the slot or the session that the call is about, if it is there. `answer` is what the call
+    // must have been given to write to.
+    template <class Work>
+    CK_RV runOnSlot(const void *answer, Work work)
+    {
+        return run([&]() -> CK_RV {
+            if (!answer)
+                return CKR_ARGUMENTS_BAD;
+            const auto view = findSlot(world(), *slotWanted);
+            return view ? work(*view) : CKR_SLOT_ID_INVALID;
+        });
+    }
+    template <class Work>
+    CK_RV runOnSession(Work work)
+    {
+        return run([&]() -> CK_RV {
+            const auto found = module().sessions.find(*sessionWanted);
+            return found == module().sessions.end() ? CKR_SESSION_HANDLE_INVALID : work(found->second);
+        });
+    }
+
     // For the work. The world is the one in which the work began, with the sessions of removed cards gone.
     const World &world() const { return *now; }
     Module &module() { return Module::instance(); }

@@ -14,12 +14,6 @@ namespace {
 // Handles name the slot too, so that one token's object is not taken for another's.
 constexpr CK_OBJECT_HANDLE objectsOfSlot = 1000;
 
-Session *findSession(Call &call, CK_SESSION_HANDLE handle)
-{
-    const auto found = call.module().sessions.find(handle);
-    return found == call.module().sessions.end() ? nullptr : &found->second;
-}
-
 const std::vector<Object> &objectsOf(Call &call, const Session &session)
 {
     static const std::vector<Object> none;
@@ -75,15 +69,12 @@ extern "C" CK_RV C_FindObjectsInit(CK_SESSION_HANDLE handle, CK_ATTRIBUTE_PTR at
     Call call("C_FindObjectsInit");
     call.session(handle);
     call.argument("template", static_cast<unsigned long>(count));
-    return call.run([&]() -> CK_RV {
-        Session *session = findSession(call, handle);
-        if (!session)
-            return CKR_SESSION_HANDLE_INVALID;
+    return call.runOnSession([&](Session &session) -> CK_RV {
         if (!isUsable(attributes, count))
             return CKR_ARGUMENTS_BAD;
-        if (session->searching)
+        if (session.searching)
             return CKR_OPERATION_ACTIVE;
-        startSearch(call, *session, attributes, count);
+        startSearch(call, session, attributes, count);
         return CKR_OK;
     });
 }
@@ -94,17 +85,14 @@ extern "C" CK_RV C_FindObjects(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE_PTR ob
     Call call("C_FindObjects");
     call.session(handle);
     call.argument("max", static_cast<unsigned long>(most));
-    return call.run([&]() -> CK_RV {
-        Session *session = findSession(call, handle);
-        if (!session)
-            return CKR_SESSION_HANDLE_INVALID;
+    return call.runOnSession([&](Session &session) -> CK_RV {
         if (!objects || !count || most == 0)
             return CKR_ARGUMENTS_BAD;
-        if (!session->searching)
+        if (!session.searching)
             return CKR_OPERATION_NOT_INITIALIZED;
-        const std::size_t taken = std::min<std::size_t>(most, session->found.size() - session->next);
-        std::copy_n(session->found.begin() + static_cast<std::ptrdiff_t>(session->next), taken, objects);
-        session->next += taken;
+        const std::size_t taken = std::min<std::size_t>(most, session.found.size() - session.next);
+        std::copy_n(session.found.begin() + static_cast<std::ptrdiff_t>(session.next), taken, objects);
+        session.next += taken;
         *count = static_cast<CK_ULONG>(call.nonsense().count.value_or(static_cast<long long>(taken)));
         call.argument("count", static_cast<unsigned long>(*count));
         return CKR_OK;
@@ -115,13 +103,10 @@ extern "C" CK_RV C_FindObjectsFinal(CK_SESSION_HANDLE handle)
 {
     Call call("C_FindObjectsFinal");
     call.session(handle);
-    return call.run([&]() -> CK_RV {
-        Session *session = findSession(call, handle);
-        if (!session)
-            return CKR_SESSION_HANDLE_INVALID;
-        if (!session->searching)
+    return call.runOnSession([&](Session &session) -> CK_RV {
+        if (!session.searching)
             return CKR_OPERATION_NOT_INITIALIZED;
-        session->searching = false;
+        session.searching = false;
         return CKR_OK;
     });
 }
@@ -133,13 +118,10 @@ extern "C" CK_RV C_GetAttributeValue(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE 
     call.session(handle);
     call.argument("object", static_cast<unsigned long>(objectHandle));
     call.attributes(attributes, count);
-    return call.run([&]() -> CK_RV {
-        const Session *session = findSession(call, handle);
-        if (!session)
-            return CKR_SESSION_HANDLE_INVALID;
+    return call.runOnSession([&](const Session &session) -> CK_RV {
         if (!attributes || count == 0)
             return CKR_ARGUMENTS_BAD;
-        const Object *object = findObject(call, *session, objectHandle);
+        const Object *object = findObject(call, session, objectHandle);
         if (!object)
             return CKR_OBJECT_HANDLE_INVALID;
         // All attributes are filled, whatever goes wrong with one of them.
@@ -159,11 +141,8 @@ extern "C" CK_RV C_GetObjectSize(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE obje
     Call call("C_GetObjectSize");
     call.session(handle);
     call.argument("object", static_cast<unsigned long>(objectHandle));
-    return call.run([&]() -> CK_RV {
-        const Session *session = findSession(call, handle);
-        if (!session)
-            return CKR_SESSION_HANDLE_INVALID;
-        const Object *object = findObject(call, *session, objectHandle);
+    return call.runOnSession([&](const Session &session) -> CK_RV {
+        const Object *object = findObject(call, session, objectHandle);
         if (!object)
             return CKR_OBJECT_HANDLE_INVALID;
         if (!size)

@@ -21,8 +21,8 @@ struct Place {
     Session session;
     std::string container;
     std::string card;
-    bool pinpad = false;
-    int digits = 0;
+    bool pinpad;
+    int digits;
     std::optional<CK_USER_TYPE> login;
 };
 
@@ -31,21 +31,15 @@ std::string textOf(CK_UTF8CHAR_PTR bytes, CK_ULONG length)
     return bytes ? std::string(reinterpret_cast<const char *>(bytes), length) : std::string();
 }
 
-CK_RV findPlace(Call &call, CK_SESSION_HANDLE handle, Place &place)
+Place placeOf(Call &call, const Session &session)
 {
-    const auto found = call.module().sessions.find(handle);
-    if (found == call.module().sessions.end())
-        return CKR_SESSION_HANDLE_INVALID;
-    place.session = found->second;
-    const auto slot = sim::findSlot(call.world(), place.session.slot);
-    place.container = slot->container;
-    place.card = slot->reader->card;
-    place.pinpad = slot->reader->pinpad;
-    place.digits = sim::pinDigits(place.container);
-    const auto login = call.module().logins.find(place.session.slot);
+    const auto slot = sim::findSlot(call.world(), session.slot);
+    Place place { session, slot->container, slot->reader->card, slot->reader->pinpad, sim::pinDigits(slot->container),
+                  {} };
+    const auto login = call.module().logins.find(session.slot);
     if (login != call.module().logins.end())
         place.login = login->second;
-    return CKR_OK;
+    return place;
 }
 
 // The card's state as a change sees it. Null only if the card's files have gone.
@@ -252,10 +246,24 @@ CK_RV initPin(Call &call, const Place &place, Secrets secrets)
     });
 }
 
-// A null pointer may only come with the length 0, and then only where a keypad asks.
-bool isGiven(const Place &place, CK_UTF8CHAR_PTR bytes, CK_ULONG length)
+struct Given {
+    CK_UTF8CHAR_PTR bytes;
+    CK_ULONG length;
+};
+
+// Runs `work` on the token of the call's session. A null pointer may only come with the length 0, and then only where a
+// keypad asks.
+template <class Work>
+CK_RV withPlace(Call &call, std::initializer_list<Given> secrets, Work work)
 {
-    return bytes || (length == 0 && place.pinpad);
+    return call.runOnSession([&](const Session &session) {
+        const Place place = placeOf(call, session);
+        for (const Given &secret : secrets) {
+            if (!secret.bytes && (secret.length > 0 || !place.pinpad))
+                return CK_RV(CKR_ARGUMENTS_BAD);
+        }
+        return work(place);
+    });
 }
 
 } // namespace
@@ -266,13 +274,7 @@ extern "C" CK_RV C_Login(CK_SESSION_HANDLE handle, CK_USER_TYPE user, CK_UTF8CHA
     call.session(handle);
     call.argument("user", user == CKU_SO ? "SO" : user == CKU_USER ? "USER" : std::to_string(user));
     call.secret("pin", pin, length);
-    return call.run([&]() -> CK_RV {
-        Place place;
-        const CK_RV found = findPlace(call, handle, place);
-        if (found != CKR_OK)
-            return found;
-        if (!isGiven(place, pin, length))
-            return CKR_ARGUMENTS_BAD;
+    return withPlace(call, { { pin, length } }, [&](const Place &place) {
         return login(call, place, user, { textOf(pin, length), {} });
     });
 }
@@ -281,12 +283,8 @@ extern "C" CK_RV C_Logout(CK_SESSION_HANDLE handle)
 {
     Call call("C_Logout");
     call.session(handle);
-    return call.run([&]() -> CK_RV {
-        Place place;
-        const CK_RV found = findPlace(call, handle, place);
-        if (found != CKR_OK)
-            return found;
-        return call.module().logins.erase(place.session.slot) > 0 ? CKR_OK : CKR_USER_NOT_LOGGED_IN;
+    return call.runOnSession([&](const Session &session) {
+        return call.module().logins.erase(session.slot) > 0 ? CKR_OK : CKR_USER_NOT_LOGGED_IN;
     });
 }
 
@@ -297,13 +295,7 @@ extern "C" CK_RV C_SetPIN(CK_SESSION_HANDLE handle, CK_UTF8CHAR_PTR oldPin, CK_U
     call.session(handle);
     call.secret("oldPin", oldPin, oldLength);
     call.secret("newPin", newPin, newLength);
-    return call.run([&]() -> CK_RV {
-        Place place;
-        const CK_RV found = findPlace(call, handle, place);
-        if (found != CKR_OK)
-            return found;
-        if (!isGiven(place, oldPin, oldLength) || !isGiven(place, newPin, newLength))
-            return CKR_ARGUMENTS_BAD;
+    return withPlace(call, { { oldPin, oldLength }, { newPin, newLength } }, [&](const Place &place) {
         return setPin(call, place, { textOf(oldPin, oldLength), textOf(newPin, newLength) });
     });
 }
@@ -313,13 +305,7 @@ extern "C" CK_RV C_InitPIN(CK_SESSION_HANDLE handle, CK_UTF8CHAR_PTR pin, CK_ULO
     Call call("C_InitPIN");
     call.session(handle);
     call.secret("newPin", pin, length);
-    return call.run([&]() -> CK_RV {
-        Place place;
-        const CK_RV found = findPlace(call, handle, place);
-        if (found != CKR_OK)
-            return found;
-        if (!isGiven(place, pin, length))
-            return CKR_ARGUMENTS_BAD;
+    return withPlace(call, { { pin, length } }, [&](const Place &place) {
         return initPin(call, place, { {}, textOf(pin, length) });
     });
 }

@@ -60,9 +60,7 @@ extern "C" CK_RV C_CloseSession(CK_SESSION_HANDLE handle)
 {
     Call call("C_CloseSession");
     call.session(handle);
-    return call.run([&]() -> CK_RV {
-        if (call.module().sessions.count(handle) == 0)
-            return CKR_SESSION_HANDLE_INVALID;
+    return call.runOnSession([&](const Session &) {
         call.module().closeSession(handle);
         return CKR_OK;
     });
@@ -72,9 +70,7 @@ extern "C" CK_RV C_CloseAllSessions(CK_SLOT_ID slotId)
 {
     Call call("C_CloseAllSessions");
     call.slot(slotId);
-    return call.run([&]() -> CK_RV {
-        if (!sim::findSlot(call.world(), slotId))
-            return CKR_SLOT_ID_INVALID;
+    return call.runOnSlot(&slotId, [&](const sim::SlotView &) {
         call.module().closeSessions(slotId);
         return CKR_OK;
     });
@@ -84,16 +80,10 @@ extern "C" CK_RV C_GetSessionInfo(CK_SESSION_HANDLE handle, CK_SESSION_INFO_PTR 
 {
     Call call("C_GetSessionInfo");
     call.session(handle);
-    return call.run([&]() -> CK_RV {
-        const auto found = call.module().sessions.find(handle);
+    return call.runOnSession([&](const Session &session) -> CK_RV {
         if (!info)
             return CKR_ARGUMENTS_BAD;
-        if (found == call.module().sessions.end())
-            return CKR_SESSION_HANDLE_INVALID;
-        *info = CK_SESSION_INFO();
-        info->slotID = found->second.slot;
-        info->state = stateOf(call, found->second);
-        info->flags = found->second.flags;
+        *info = { session.slot, stateOf(call, session), session.flags, 0 };
         return CKR_OK;
     });
 }

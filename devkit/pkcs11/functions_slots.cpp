@@ -135,17 +135,12 @@ extern "C" CK_RV C_GetSlotInfo(CK_SLOT_ID slotId, CK_SLOT_INFO_PTR info)
 {
     Call call("C_GetSlotInfo");
     call.slot(slotId);
-    return call.run([&]() -> CK_RV {
-        const auto slot = sim::findSlot(call.world(), slotId);
-        if (!info)
-            return CKR_ARGUMENTS_BAD;
-        if (!slot)
-            return CKR_SLOT_ID_INVALID;
+    return call.runOnSlot(info, [&](const SlotView &slot) -> CK_RV {
         *info = CK_SLOT_INFO();
-        const std::string suffix = slot->hasCard() ? " #" + std::to_string(slot->number) : std::string();
-        sim::fillText(info->slotDescription, slot->reader->name + suffix);
+        const std::string suffix = slot.hasCard() ? " #" + std::to_string(slot.number) : std::string();
+        sim::fillText(info->slotDescription, slot.reader->name + suffix);
         sim::fillText(info->manufacturerID, sim::manufacturer);
-        info->flags = slotFlags(call, *slot);
+        info->flags = slotFlags(call, slot);
         if (call.nonsense().description)
             sim::fillBytes(info->slotDescription, *call.nonsense().description);
         if (call.nonsense().flags)
@@ -158,19 +153,14 @@ extern "C" CK_RV C_GetTokenInfo(CK_SLOT_ID slotId, CK_TOKEN_INFO_PTR info)
 {
     Call call("C_GetTokenInfo");
     call.slot(slotId);
-    return call.run([&]() -> CK_RV {
-        const auto slot = sim::findSlot(call.world(), slotId);
-        if (!info)
-            return CKR_ARGUMENTS_BAD;
-        if (!slot)
-            return CKR_SLOT_ID_INVALID;
-        if (!slot->hasCard())
+    return call.runOnSlot(info, [&](const SlotView &slot) -> CK_RV {
+        if (!slot.hasCard())
             return CKR_TOKEN_NOT_PRESENT;
-        const auto card = slot->container ? call.module().card(*slot->reader) : nullptr;
+        const auto card = slot.container ? call.module().card(*slot.reader) : nullptr;
         if (!card)
             return CKR_TOKEN_NOT_RECOGNIZED;
         *info = CK_TOKEN_INFO();
-        fillTokenInfo(*slot, *card, stateOf(call.world(), *card), *info);
+        fillTokenInfo(slot, *card, stateOf(call.world(), *card), *info);
         countSessions(call, slotId, *info);
         if (call.nonsense().label)
             sim::fillBytes(info->label, *call.nonsense().label);
@@ -185,16 +175,11 @@ extern "C" CK_RV C_GetMechanismList(CK_SLOT_ID slotId, CK_MECHANISM_TYPE_PTR, CK
 {
     Call call("C_GetMechanismList");
     call.slot(slotId);
-    return call.run([&]() -> CK_RV {
-        const auto slot = sim::findSlot(call.world(), slotId);
-        if (!count)
-            return CKR_ARGUMENTS_BAD;
-        if (!slot)
-            return CKR_SLOT_ID_INVALID;
-        if (!slot->hasCard())
+    return call.runOnSlot(count, [&](const SlotView &slot) -> CK_RV {
+        if (!slot.hasCard())
             return CKR_TOKEN_NOT_PRESENT;
         *count = 0;
-        return slot->container ? CKR_OK : CKR_TOKEN_NOT_RECOGNIZED;
+        return slot.container ? CKR_OK : CKR_TOKEN_NOT_RECOGNIZED;
     });
 }
 
@@ -202,6 +187,5 @@ extern "C" CK_RV C_GetMechanismInfo(CK_SLOT_ID slotId, CK_MECHANISM_TYPE, CK_MEC
 {
     Call call("C_GetMechanismInfo");
     call.slot(slotId);
-    return call.run(
-        [&]() -> CK_RV { return sim::findSlot(call.world(), slotId) ? CKR_MECHANISM_INVALID : CKR_SLOT_ID_INVALID; });
+    return call.runOnSlot(&slotId, [](const SlotView &) { return CKR_MECHANISM_INVALID; });
 }

@@ -6,30 +6,8 @@ namespace specimen {
 
 void PortraitPainter::neck()
 {
-    QPainterPath path(QPointF(123, 225));
-    path.lineTo(123, 288);
-    path.cubicTo(124, 318, 176, 318, 177, 288);
-    path.lineTo(177, 225);
-    path.closeSubpath();
-    fill(path, skin.darker(108));
-    QPainterPath shadow(QPointF(123, 236));
-    shadow.cubicTo(136, 270, 164, 270, 177, 236);
-    shadow.lineTo(177, 252);
-    shadow.cubicTo(164, 282, 136, 282, 123, 252);
-    shadow.closeSubpath();
-    fill(shadow, skin.darker(124));
-}
-
-QPainterPath PortraitPainter::shoulders() const
-{
-    QPainterPath path(QPointF(18, 400));
-    path.cubicTo(18, 338, 44, 312, 88, 300);
-    path.cubicTo(106, 295, 116, 290, 122, 282);
-    path.cubicTo(132, 306, 168, 306, 178, 282);
-    path.cubicTo(184, 290, 194, 295, 212, 300);
-    path.cubicTo(256, 312, 282, 338, 282, 400);
-    path.closeSubpath();
-    return path;
+    fill("M123 225 L123 288 C124 318 176 318 177 288 L177 225 Z", skin.darker(108));
+    fill("M123 236 C136 270 164 270 177 236 L177 252 C164 282 136 282 123 252 Z", skin.darker(124));
 }
 
 void PortraitPainter::clothes()
@@ -37,152 +15,69 @@ void PortraitPainter::clothes()
     QLinearGradient fabric(0, 285, 0, 400);
     fabric.setColorAt(0, cloth.lighter(108));
     fabric.setColorAt(1, cloth.darker(112));
-    fill(shoulders(), fabric);
-    for (const bool left : { true, false })
-        fold(left);
+    fill("M18 400 C18 338 44 312 88 300 C106 295 116 290 122 282 C132 306 168 306 178 282 C184 290 194 295 212 300"
+         "C256 312 282 338 282 400 Z",
+         fabric);
+    line(pair("M66 400 C66 378 70 362 78 350"), cloth.darker(128), 2);
     switch (look.clothes) {
     case Clothes::RoundNeck:
-        roundNeck();
-        break;
+        return roundNeck();
     case Clothes::Shirt:
-        shirt(cloth, cloth.lighter(112));
-        break;
+        return shirt();
     case Clothes::Blouse:
-        blouse();
-        break;
+        return blouse();
     case Clothes::JacketAndTie:
-        jacketAndTie();
-        break;
+        return jacketAndTie();
     case Clothes::Turtleneck:
-        turtleneck();
-        break;
+        return turtleneck();
     }
 }
 
-void PortraitPainter::fold(bool left)
-{
-    QPainterPath path(QPointF(66, 400));
-    path.cubicTo(66, 378, 70, 362, 78, 350);
-    line(left ? path : mirrored(path), cloth.darker(128), 2);
-}
-
-// The upper edge of every opening: across the neck, above where the cloth begins.
-QPainterPath PortraitPainter::nape() const
-{
-    QPainterPath path(QPointF(123, 276));
-    path.lineTo(177, 276);
-    return path;
-}
-
+// Every opening begins across the neck, above where the cloth begins.
 void PortraitPainter::roundNeck()
 {
-    QPainterPath opening = nape();
-    opening.lineTo(184, 286);
-    opening.cubicTo(178, 322, 122, 322, 116, 286);
-    opening.closeSubpath();
-    fill(opening, skin.darker(108));
-    QPainterPath hem(QPointF(115, 288));
-    hem.cubicTo(122, 325, 178, 325, 185, 288);
-    line(hem, cloth.darker(122), 5);
+    fill("M123 276 L177 276 L184 286 C178 322 122 322 116 286 Z", skin.darker(108));
+    line("M115 288 C122 325 178 325 185 288", cloth.darker(122), 5);
 }
 
 void PortraitPainter::collar(const QColor &collarColour)
 {
-    QPainterPath opening = nape();
-    opening.lineTo(180, 284);
-    opening.lineTo(middle, 316);
-    opening.lineTo(120, 284);
-    opening.closeSubpath();
-    fill(opening, skin.darker(108));
-    QPainterPath half(QPointF(118, 278));
-    half.cubicTo(112, 286, 108, 292, 106, 300);
-    half.lineTo(132, 332);
-    half.lineTo(middle, 312);
-    half.cubicTo(136, 306, 124, 294, 118, 278);
-    for (const auto &path : { half, mirrored(half) }) {
-        fill(path, collarColour);
-        line(path, collarColour.darker(118), 1.2);
+    fill("M123 276 L177 276 L180 284 L150 316 L120 284 Z", skin.darker(108));
+    const QPainterPath half = path("M118 278 C112 286 108 292 106 300 L132 332 L150 312 C136 306 124 294 118 278");
+    for (const auto &side : { half, mirrored(half) }) {
+        fill(side, collarColour);
+        line(side, collarColour.darker(118), 1.2);
     }
 }
 
-void PortraitPainter::shirt(const QColor &body, const QColor &collarColour)
+void PortraitPainter::shirt()
 {
-    QPainterPath seam(QPointF(middle, 314));
-    seam.lineTo(middle, 400);
-    line(seam, body.darker(118), 1.6);
-    for (const qreal y : { 340.0, 374.0 }) {
-        QPainterPath button;
-        button.addEllipse(QPointF(middle + 7, y), 3, 3);
-        fill(button, body.darker(130));
-    }
-    collar(collarColour);
+    line("M150 314 L150 400", cloth.darker(118), 1.6);
+    fill("O157 340 3 3 O157 374 3 3", cloth.darker(130));
+    collar(cloth.lighter(112));
 }
 
 void PortraitPainter::blouse()
 {
-    QPainterPath opening = nape();
-    opening.lineTo(183, 284);
-    opening.lineTo(middle, 346);
-    opening.lineTo(117, 284);
-    opening.closeSubpath();
-    fill(opening, skin.darker(108));
-    QPainterPath lapel(QPointF(115, 284));
-    lapel.lineTo(104, 300);
-    lapel.lineTo(middle, 362);
-    lapel.lineTo(middle, 344);
-    lapel.closeSubpath();
-    for (const auto &path : { lapel, mirrored(lapel) })
-        fill(path, accent);
+    fill("M123 276 L177 276 L183 284 L150 346 L117 284 Z", skin.darker(108));
+    fill(pair("M115 284 L104 300 L150 362 L150 344 Z"), accent);
 }
 
 void PortraitPainter::jacketAndTie()
 {
-    QPainterPath front(QPointF(112, 292));
-    front.lineTo(middle, 400);
-    front.lineTo(188, 292);
-    front.cubicTo(176, 308, 124, 308, 112, 292);
-    fill(front, QColor(0xF7, 0xF7, 0xF5));
-    QPainterPath tie(QPointF(141, 312));
-    tie.lineTo(159, 312);
-    tie.lineTo(155, 326);
-    tie.lineTo(166, 400);
-    tie.lineTo(134, 400);
-    tie.lineTo(145, 326);
-    tie.closeSubpath();
-    fill(tie, accent);
-    QPainterPath knot(QPointF(141, 312));
-    knot.lineTo(159, 312);
-    knot.lineTo(155, 327);
-    knot.lineTo(145, 327);
-    knot.closeSubpath();
-    fill(knot, accent.darker(122));
+    fill("M112 292 L150 400 L188 292 C176 308 124 308 112 292", QColor(0xF7, 0xF7, 0xF5));
+    fill("M141 312 L159 312 L155 326 L166 400 L134 400 L145 326 Z", accent);
+    fill("M141 312 L159 312 L155 327 L145 327 Z", accent.darker(122));
     collar(QColor(0xFF, 0xFF, 0xFF));
-    QPainterPath lapel(QPointF(110, 292));
-    lapel.lineTo(84, 322);
-    lapel.lineTo(100, 334);
-    lapel.lineTo(94, 342);
-    lapel.lineTo(138, 400);
-    lapel.lineTo(142, 400);
-    lapel.lineTo(108, 300);
-    lapel.closeSubpath();
-    for (const auto &path : { lapel, mirrored(lapel) })
-        fill(path, cloth.darker(126));
+    fill(pair("M110 292 L84 322 L100 334 L94 342 L138 400 L142 400 L108 300 Z"), cloth.darker(126));
 }
 
 void PortraitPainter::turtleneck()
 {
-    QPainterPath roll(QPointF(118, 268));
-    roll.cubicTo(132, 284, 168, 284, 182, 268);
-    roll.cubicTo(187, 284, 188, 298, 184, 306);
-    roll.cubicTo(170, 322, 130, 322, 116, 306);
-    roll.cubicTo(112, 298, 113, 284, 118, 268);
-    fill(roll, cloth.lighter(110));
-    QPainterPath edge(QPointF(118, 269));
-    edge.cubicTo(132, 285, 168, 285, 182, 269);
-    line(edge, cloth.darker(120), 2);
-    QPainterPath seam(QPointF(115, 306));
-    seam.cubicTo(130, 323, 170, 323, 185, 306);
-    line(seam, cloth.darker(122), 2);
+    fill("M118 268 C132 284 168 284 182 268 C187 284 188 298 184 306 C170 322 130 322 116 306 C112 298 113 284 118 268",
+         cloth.lighter(110));
+    line("M118 269 C132 285 168 285 182 269", cloth.darker(120), 2);
+    line("M115 306 C130 323 170 323 185 306", cloth.darker(122), 2);
 }
 
 } // namespace specimen

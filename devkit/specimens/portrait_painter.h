@@ -18,45 +18,38 @@ public:
     void draw();
 
 private:
+    // Shapes are written as in an SVG path, absolute: M x y, L x y, C x y x y x y, Z; and O x y rx ry for an ellipse.
+    static QPainterPath path(const char *shape);
     static QPainterPath mirrored(const QPainterPath &path);
+    static QPainterPath pair(const char *shape); // on both sides of the face
     void fill(const QPainterPath &path, const QBrush &brush);
+    void fill(const char *shape, const QBrush &brush) { fill(path(shape), brush); }
     void line(const QPainterPath &path, const QColor &pen, qreal width);
-    void disc(const QPointF &at, qreal radius, const QColor &of);
+    void line(const char *shape, const QColor &pen, qreal width) { line(path(shape), pen, width); }
 
     // portrait_face.cpp
     void background();
-    QPainterPath headShape() const;
     void ears();
     void head();
     void eyes();
-    void nose();
     void mouth();
     void glasses();
 
     // portrait_hair.cpp
     void hairBehind();
     void hairInFront();
-    QPainterPath curtain(qreal down) const;
-    QPainterPath fringe() const;
-    void baldSides();
-    void strands();
     void brows();
     void beard();
 
     // portrait_clothes.cpp
     void neck();
     void clothes();
-    QPainterPath shoulders() const;
-    QPainterPath nape() const;
-    void fold(bool left);
     void roundNeck();
     void collar(const QColor &collarColour);
-    void shirt(const QColor &body, const QColor &collarColour);
+    void shirt();
     void blouse();
     void jacketAndTie();
     void turtleneck();
-
-    static constexpr qreal middle = 150;
 
     QPainter &painter;
     const Look &look;

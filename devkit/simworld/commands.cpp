@@ -32,9 +32,23 @@ bool parseSwitch(const std::string &word, bool &on)
     return on || word == "off";
 }
 
+bool isAny(const Reader &)
+{
+    return true;
+}
+
+bool isEmpty(const Reader &reader)
+{
+    return reader.card.empty();
+}
+
+bool hasCard(const Reader &reader)
+{
+    return !reader.card.empty();
+}
+
 // The only reader for which `wanted` holds.
-template <class Wanted>
-bool onlyReader(WorldOps &ops, const std::string &kind, Wanted wanted, std::string &name)
+bool onlyReader(WorldOps &ops, const std::string &kind, bool (*wanted)(const Reader &), std::string &name)
 {
     int count = 0;
     for (const Reader &reader : ops.state().readers) {
@@ -51,8 +65,7 @@ bool onlyReader(WorldOps &ops, const std::string &kind, Wanted wanted, std::stri
 bool onlyCard(WorldOps &ops, std::string &card)
 {
     std::string reader;
-    if (!onlyReader(
-            ops, "card in a reader", [](const Reader &r) { return !r.card.empty(); }, reader))
+    if (!onlyReader(ops, "card in a reader", hasCard, reader))
         return false;
     card = ops.state().reader(reader)->card;
     return true;
@@ -63,9 +76,7 @@ Outcome insert(WorldOps &ops, const Words &words)
     std::string reader = defaultReaderName;
     if (words.size() == 2)
         reader = words[1];
-    else if (!ops.state().readers.empty()
-             && !onlyReader(
-                 ops, "empty reader", [](const Reader &r) { return r.card.empty(); }, reader))
+    else if (!ops.state().readers.empty() && !onlyReader(ops, "empty reader", isEmpty, reader))
         return Outcome::Refused;
     return done(ops.insertCard(reader, words[0]));
 }
@@ -73,11 +84,8 @@ Outcome insert(WorldOps &ops, const Words &words)
 Outcome removeCard(WorldOps &ops, const Words &words)
 {
     std::string reader = words.empty() ? std::string() : words[0];
-    if (words.empty()
-        && !onlyReader(
-            ops, "reader with a card", [](const Reader &r) { return !r.card.empty(); }, reader))
-        return Outcome::Refused;
-    return done(ops.removeCard(reader));
+    const bool known = !words.empty() || onlyReader(ops, "reader with a card", hasCard, reader);
+    return done(known && ops.removeCard(reader));
 }
 
 Outcome readers(WorldOps &ops, const Words &words)
@@ -89,106 +97,77 @@ Outcome readers(WorldOps &ops, const Words &words)
     return notUnderstood(ops, "readers takes: add NAME [pinpad], or remove NAME");
 }
 
-Outcome readerSwitch(WorldOps &ops, const Words &words, bool Reader::*flag)
+template <bool Reader::*flag>
+Outcome readerSwitch(WorldOps &ops, const Words &words)
 {
     bool on = false;
     if (!parseSwitch(words[0], on))
         return notUnderstood(ops, "the first word is \"on\" or \"off\"");
     std::string reader = words.size() == 2 ? words[1] : std::string();
-    if (words.size() < 2
-        && !onlyReader(
-            ops, "reader", [](const Reader &) { return true; }, reader))
-        return Outcome::Refused;
-    return done(ops.setReaderFlag(reader, flag, on));
+    const bool known = words.size() == 2 || onlyReader(ops, "reader", isAny, reader);
+    return done(known && ops.setReaderFlag(reader, flag, on));
 }
 
-Outcome pinpad(WorldOps &ops, const Words &words)
+// Does `work` on "[CARD] CONTAINER ..."; `after` is how many words follow the container.
+template <class Work>
+Outcome withCard(WorldOps &ops, const Words &words, std::size_t after, Work work)
 {
-    return readerSwitch(ops, words, &Reader::pinpad);
+    const bool named = words.size() == after + 2;
+    std::string card = words[0];
+    return done((named || onlyCard(ops, card)) && work(card, Words(words.begin() + (named ? 1 : 0), words.end())));
 }
 
-Outcome waitCan(WorldOps &ops, const Words &words)
+Outcome setTries(WorldOps &ops, const Words &words, std::size_t after, long long tries)
 {
-    return readerSwitch(ops, words, &Reader::waitCan);
-}
-
-Outcome unread(WorldOps &ops, const Words &words)
-{
-    return readerSwitch(ops, words, &Reader::notReadByTheMonitor);
-}
-
-// Takes an optional card off the front of "[CARD] CONTAINER ..."; `after` is how many words follow the container.
-bool takeCard(WorldOps &ops, Words &words, std::size_t after, std::string &card)
-{
-    if (words.size() == after + 2) {
-        card = words[0];
-        words.erase(words.begin());
-        return true;
-    }
-    return onlyCard(ops, card);
-}
-
-Outcome setTries(WorldOps &ops, const std::string &card, const std::string &what, long long tries)
-{
-    return done(what == pukWord ? ops.setPukTries(card, tries) : ops.setTries(card, what, tries));
+    return withCard(ops, words, after, [&](const std::string &card, const Words &rest) {
+        return rest[0] == pukWord ? ops.setPukTries(card, tries) : ops.setTries(card, rest[0], tries);
+    });
 }
 
 Outcome lock(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
-    return takeCard(ops, rest, 0, card) ? setTries(ops, card, rest[0], 0) : Outcome::Refused;
+    return setTries(ops, words, 0, 0);
 }
 
 Outcome tries(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
     long long count = 0;
-    if (!parseNumber(rest.back(), count))
-        return notUnderstood(ops, "the number of tries is 0 to 3");
-    return takeCard(ops, rest, 1, card) ? setTries(ops, card, rest[0], count) : Outcome::Refused;
+    return parseNumber(words.back(), count) ? setTries(ops, words, 1, count)
+                                            : notUnderstood(ops, "the number of tries is 0 to 3");
 }
 
 Outcome setPin(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
-    if (!takeCard(ops, rest, 1, card))
-        return Outcome::Refused;
-    return done(rest[0] == pukWord ? ops.setPuk(card, rest[1]) : ops.setPin(card, rest[0], rest[1]));
+    return withCard(ops, words, 1, [&](const std::string &card, const Words &rest) {
+        return rest[0] == pukWord ? ops.setPuk(card, rest[1]) : ops.setPin(card, rest[0], rest[1]);
+    });
 }
 
 Outcome unset(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
-    const bool firstUse = rest.back() == "first-use";
-    if (!firstUse && rest.back() != "not-initialized")
+    const bool firstUse = words.back() == "first-use";
+    if (!firstUse && words.back() != "not-initialized")
         return notUnderstood(ops, "the last word is \"first-use\" or \"not-initialized\"");
-    if (!takeCard(ops, rest, 1, card))
-        return Outcome::Refused;
-    return done(ops.unsetPin(card, rest[0], firstUse ? Unset::FirstUse : Unset::NotInitialized));
+    return withCard(ops, words, 1, [&](const std::string &card, const Words &rest) {
+        return ops.unsetPin(card, rest[0], firstUse ? Unset::FirstUse : Unset::NotInitialized);
+    });
 }
 
 Outcome flags(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
     long long on = 0;
     long long off = 0;
     if (!parseNumber(words[words.size() - 2], on) || !parseNumber(words.back(), off))
         return notUnderstood(ops, "the flags are two numbers");
-    if (!takeCard(ops, rest, 2, card))
-        return Outcome::Refused;
-    return done(ops.setTokenFlags(card, rest[0], static_cast<std::uint32_t>(on), static_cast<std::uint32_t>(off)));
+    return withCard(ops, words, 2, [&](const std::string &card, const Words &rest) {
+        return ops.setTokenFlags(card, rest[0], static_cast<std::uint32_t>(on), static_cast<std::uint32_t>(off));
+    });
 }
 
 Outcome label(WorldOps &ops, const Words &words)
 {
-    Words rest = words;
-    std::string card;
-    return takeCard(ops, rest, 1, card) ? done(ops.setLabel(card, rest[0], rest[1])) : Outcome::Refused;
+    return withCard(ops, words, 1,
+                    [&](const std::string &card, const Words &rest) { return ops.setLabel(card, rest[0], rest[1]); });
 }
 
 Outcome restore(WorldOps &ops, const Words &words)
@@ -213,11 +192,6 @@ Outcome fault(WorldOps &ops, const Words &words)
     if (!parseFault(words, wanted, reason))
         return notUnderstood(ops, reason);
     return done(ops.addFault(wanted));
-}
-
-Outcome release(WorldOps &ops, const Words &)
-{
-    return done(ops.release());
 }
 
 Outcome pad(WorldOps &ops, const Words &words)
@@ -250,59 +224,54 @@ Outcome cards(WorldOps &ops, const Words &words)
     return done(ops.setCardsDirectory(words[0]));
 }
 
-Outcome reset(WorldOps &ops, const Words &)
+template <bool (WorldOps::*op)()>
+Outcome plain(WorldOps &ops, const Words &)
 {
-    return done(ops.reset());
+    return done((ops.*op)());
 }
 
 const struct Command {
-    const char *name;
+    const char *form; // begins with the name
     std::size_t least; // arguments
     std::size_t most;
     Outcome (*run)(WorldOps &ops, const Words &words);
-    const char *form;
     const char *help;
 } commands[] = {
-    { "reset", 0, 0, reset, "reset", "no readers, all cards as they were made, no faults, an empty trace" },
-    { "readers", 2, 3, readers, "readers add NAME [pinpad] | remove NAME", "plugs a reader in or out" },
-    { "insert", 1, 2, insert, "insert CARD [READER]", "puts a card into a reader, which is made if need be" },
-    { "remove", 0, 1, removeCard, "remove [READER]", "takes the card out" },
-    { "pinpad", 1, 2, pinpad, "pinpad on|off [READER]", "gives the reader a keypad, or takes it away" },
-    { "wait-can", 1, 2, waitCan, "wait-can on|off [READER]", "the card there waits for its CAN" },
-    { "unread", 1, 2, unread, "unread on|off [READER]", "the Monitor has not read the card there" },
-    { "lock", 1, 2, lock, "lock [CARD] CONTAINER|PUK", "locks a PIN or the PUK" },
-    { "tries", 2, 3, tries, "tries [CARD] CONTAINER|PUK N", "sets the tries left, 0 to 3" },
-    { "pin", 2, 3, setPin, "pin [CARD] CONTAINER|PUK DIGITS", "sets a PIN or the PUK, with three tries" },
-    { "unset", 2, 3, unset, "unset [CARD] CONTAINER first-use|not-initialized",
-      "takes a PIN away, in one of two ways" },
-    { "flags", 3, 4, flags, "flags [CARD] CONTAINER ON OFF", "token flag bits always and never shown" },
-    { "label", 2, 3, label, "label [CARD] CONTAINER TEXT", "another token label; \"\" for the container's word" },
-    { "restore", 0, 1, restore, "restore [CARD]", "a card as it was made" },
-    { "pad", 1, 4, pad, "pad change PIN NEW | unblock PUK NEW | first PUK NEW | cancel | ...",
+    { "reset", 0, 0, plain<&WorldOps::reset>, "no readers, all cards as they were made, no faults, an empty trace" },
+    { "readers add NAME [pinpad] | remove NAME", 2, 3, readers, "plugs a reader in or out" },
+    { "insert CARD [READER]", 1, 2, insert, "puts a card into a reader, which is made if need be" },
+    { "remove [READER]", 0, 1, removeCard, "takes the card out" },
+    { "pinpad on|off [READER]", 1, 2, readerSwitch<&Reader::pinpad>, "gives the reader a keypad, or takes it away" },
+    { "wait-can on|off [READER]", 1, 2, readerSwitch<&Reader::waitCan>, "the card there waits for its CAN" },
+    { "unread on|off [READER]", 1, 2, readerSwitch<&Reader::notReadByTheMonitor>,
+      "the Monitor has not read the card there" },
+    { "lock [CARD] CONTAINER|PUK", 1, 2, lock, "locks a PIN or the PUK" },
+    { "tries [CARD] CONTAINER|PUK N", 2, 3, tries, "sets the tries left, 0 to 3" },
+    { "pin [CARD] CONTAINER|PUK DIGITS", 2, 3, setPin, "sets a PIN or the PUK, with three tries" },
+    { "unset [CARD] CONTAINER first-use|not-initialized", 2, 3, unset, "takes a PIN away, in one of two ways" },
+    { "flags [CARD] CONTAINER ON OFF", 3, 4, flags, "token flag bits always and never shown" },
+    { "label [CARD] CONTAINER TEXT", 2, 3, label, "another token label; \"\" for the container's word" },
+    { "restore [CARD]", 0, 1, restore, "a card as it was made" },
+    { "pad change PIN NEW | unblock PUK NEW | first PUK NEW | cancel | ...", 1, 4, pad,
       "what the user does at the keypad" },
-    { "delay", 1, 1, delay, "delay MS", "every call of the library takes so much longer" },
-    { "fault", 1, 20, fault, "fault FUNCTION [KEY=VALUE ...] | clear",
-      "lets calls go wrong; \"velmor-sim help fault\"" },
-    { "release", 0, 0, release, "release", "lets blocked calls go on" },
-    { "trace", 1, 1, trace, "trace on|off|clear", "the record of calls" },
-    { "cards", 1, 1, cards, "cards FOLDER", "where the cards are looked for; \"\" for the usual places" },
+    { "delay MS", 1, 1, delay, "every call of the library takes so much longer" },
+    { "fault FUNCTION [KEY=VALUE ...] | clear", 1, 20, fault, "lets calls go wrong; \"velmor-sim help fault\"" },
+    { "release", 0, 0, plain<&WorldOps::release>, "lets blocked calls go on" },
+    { "trace on|off|clear", 1, 1, trace, "the record of calls" },
+    { "cards FOLDER", 1, 1, cards, "where the cards are looked for; \"\" for the usual places" },
 };
 
 const Command *findCommand(const std::string &name)
 {
     for (const Command &command : commands) {
-        if (name == command.name)
+        const std::string form = command.form;
+        if (name == form.substr(0, form.find(' ')))
             return &command;
     }
     return nullptr;
 }
 
 } // namespace
-
-bool isCommand(const std::string &name)
-{
-    return findCommand(name) != nullptr;
-}
 
 CommandOutcome runCommand(WorldOps &ops, const std::vector<std::string> &words)
 {

@@ -16,7 +16,6 @@ enum class CommandOutcome {
 };
 
 CommandOutcome runCommand(WorldOps &ops, const std::vector<std::string> &words);
-bool isCommand(const std::string &name);
 
 // One command a line; empty lines and lines that begin with "#" are skipped. Refuses with the line's number in the
 // reason.

@@ -1,7 +1,9 @@
 #include "specimens/cards.h"
 
 #include <algorithm>
+#include <functional>
 
+#include "simworld/world_state.h"
 #include "specimens/card_maker.h"
 #include "specimens/data_groups.h"
 
@@ -14,12 +16,25 @@ using sim::Card;
 // From this length on a DG13 needs a length of the long form, which the program refuses.
 constexpr std::size_t longForm = 0x80 + 2;
 
-void removeData(Card &card, const std::string &label)
+using Change = std::function<void(Card &card, CardMaker &maker)>;
+
+Change without(const std::string &label)
 {
-    auto &objects = card.objects[sim::Emrtd];
-    objects.erase(
-        std::remove_if(objects.begin(), objects.end(), [&](const sim::Object &o) { return o.label == label; }),
-        objects.end());
+    return [label](Card &card, CardMaker &) {
+        auto &objects = card.objects[sim::Emrtd];
+        objects.erase(
+            std::remove_if(objects.begin(), objects.end(), [&](const sim::Object &o) { return o.label == label; }),
+            objects.end());
+    };
+}
+
+Change locked(const std::vector<std::string> &containers, int pukTries = sim::maxTries)
+{
+    return [=](Card &card, CardMaker &) {
+        for (const std::string &container : containers)
+            card.state.pins[container].tries = 0;
+        card.state.pukTries = pukTries;
+    };
 }
 
 void replaceData(Card &card, const std::string &label, const std::string &value)
@@ -28,26 +43,6 @@ void replaceData(Card &card, const std::string &label, const std::string &value)
         if (object.label == label)
             object.value = value;
     }
-}
-
-void noDg13(Card &card, CardMaker &)
-{
-    removeData(card, "DG13");
-}
-
-void noDg11(Card &card, CardMaker &)
-{
-    removeData(card, "DG11");
-}
-
-void noDg12(Card &card, CardMaker &)
-{
-    removeData(card, "DG12");
-}
-
-void noPhoto(Card &card, CardMaker &)
-{
-    removeData(card, "DG2");
 }
 
 void noData(Card &card, CardMaker &)
@@ -144,20 +139,15 @@ void oddCertificates(Card &card, CardMaker &maker)
     cutLast(card, sim::Qualified);
 }
 
-void withoutQualified(Card &card)
-{
-    card.objects.erase(sim::Qualified);
-}
-
 void firstPin(Card &card, CardMaker &)
 {
-    withoutQualified(card);
+    card.objects.erase(sim::Qualified);
     card.state.pins[sim::Qualified].toBeChanged = true;
 }
 
 void notInitialized(Card &card, CardMaker &)
 {
-    withoutQualified(card);
+    card.objects.erase(sim::Qualified);
     card.state.pins[sim::Qualified].initialized = false;
 }
 
@@ -165,34 +155,6 @@ void zaneta(Card &card, CardMaker &maker)
 {
     firstPin(card, maker);
     card.state.pins[sim::Authorization].tries = 0;
-}
-
-void lockedAuthentication(Card &card, CardMaker &)
-{
-    card.state.pins[sim::Authentication].tries = 0;
-}
-
-void lockedAuthorization(Card &card, CardMaker &)
-{
-    card.state.pins[sim::Authorization].tries = 0;
-}
-
-void lockedQualified(Card &card, CardMaker &)
-{
-    card.state.pins[sim::Qualified].tries = 0;
-}
-
-void lockedPins(Card &card, CardMaker &maker)
-{
-    lockedAuthentication(card, maker);
-    lockedAuthorization(card, maker);
-    lockedQualified(card, maker);
-}
-
-void lockedPuk(Card &card, CardMaker &maker)
-{
-    lockedPins(card, maker);
-    card.state.pukTries = 0;
 }
 
 void presenceOnly(Card &card, CardMaker &)
@@ -211,25 +173,25 @@ void foreign(Card &card, CardMaker &)
     card.holder = "not one of our cards";
 }
 
-void asItIs(Card &, CardMaker &) { }
+const std::vector<std::string> allPins { sim::Authentication, sim::Authorization, sim::Qualified };
 
 const struct Variant {
     const char *name;
     const char *person;
     const char *chip;
-    void (*change)(Card &card, CardMaker &maker);
+    Change change = {}; // none: a good card
 } variants[] = {
-    { "anna", "anna", "VELMOR_2_2", asItIs },
-    { "jan", "jan", "VELMOR_2_1", asItIs },
-    { "ewa", "ewa", "VELMOR_2_0", asItIs },
-    { "halina", "halina", "VELMOR_1_0", asItIs },
-    { "bartlomiej", "bartlomiej", "VELMOR_2_2_TEST", asItIs },
+    { "anna", "anna", "VELMOR_2_2" },
+    { "jan", "jan", "VELMOR_2_1" },
+    { "ewa", "ewa", "VELMOR_2_0" },
+    { "halina", "halina", "VELMOR_1_0" },
+    { "bartlomiej", "bartlomiej", "VELMOR_2_2_TEST" },
     { "zaneta", "zaneta", "VELMOR_2_2", zaneta },
-    { "no-dg13", "jan", "VELMOR_2_2", noDg13 },
+    { "no-dg13", "jan", "VELMOR_2_2", without("DG13") },
     { "long-dg13", "anna", "VELMOR_2_2", longDg13 },
     { "one-name", "bartlomiej", "VELMOR_2_2", oneName },
-    { "no-dg11", "ewa", "VELMOR_2_2", noDg11 },
-    { "no-dg12", "halina", "VELMOR_2_2", noDg12 },
+    { "no-dg11", "ewa", "VELMOR_2_2", without("DG11") },
+    { "no-dg12", "halina", "VELMOR_2_2", without("DG12") },
     { "no-certificates", "zygmunt", "VELMOR_2_2", noCertificates },
     { "three-qualified", "jan", "VELMOR_2_2", threeQualified },
     { "two-authentication", "halina", "VELMOR_2_2", twoAuthentication },
@@ -237,17 +199,17 @@ const struct Variant {
     { "odd-certificates", "zygmunt", "VELMOR_2_2", oddCertificates },
     { "first-pin", "ewa", "VELMOR_2_2", firstPin },
     { "not-initialized", "zygmunt", "VELMOR_2_2", notInitialized },
-    { "locked-authentication", "anna", "VELMOR_2_2", lockedAuthentication },
-    { "locked-authorization", "jan", "VELMOR_2_2", lockedAuthorization },
-    { "locked-qualified", "halina", "VELMOR_2_2", lockedQualified },
-    { "locked-pins", "bartlomiej", "VELMOR_2_2", lockedPins },
-    { "locked-puk", "zygmunt", "VELMOR_2_2", lockedPuk },
+    { "locked-authentication", "anna", "VELMOR_2_2", locked({ sim::Authentication }) },
+    { "locked-authorization", "jan", "VELMOR_2_2", locked({ sim::Authorization }) },
+    { "locked-qualified", "halina", "VELMOR_2_2", locked({ sim::Qualified }) },
+    { "locked-pins", "bartlomiej", "VELMOR_2_2", locked(allPins) },
+    { "locked-puk", "zygmunt", "VELMOR_2_2", locked(allPins, 0) },
     { "presence-only", "zygmunt", "VELMOR_2_2", presenceOnly },
-    { "no-photo", "ewa", "VELMOR_2_2", noPhoto },
+    { "no-photo", "ewa", "VELMOR_2_2", without("DG2") },
     { "bad-photo", "anna", "VELMOR_2_2", badPhoto },
     { "no-data", "jan", "VELMOR_2_2", noData },
-    { "long-names", "longest", "VELMOR_2_2", asItIs },
-    { "foreigner", "foreigner", "VELMOR_2_2", asItIs },
+    { "long-names", "longest", "VELMOR_2_2" },
+    { "foreigner", "foreigner", "VELMOR_2_2" },
     { "foreign", "anna", "", foreign },
 };
 
@@ -277,7 +239,8 @@ std::vector<Card> makeCards(std::string &error)
         if (!error.empty())
             return {};
         Card card = maker.good(variant.name, variant.person, variant.chip);
-        variant.change(card, maker);
+        if (variant.change)
+            variant.change(card, maker);
         const std::string wrong = complaint(card);
         if (!wrong.empty())
             error = card.name + ": " + wrong;

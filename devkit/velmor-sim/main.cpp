@@ -61,31 +61,6 @@ int runHelp(sim::SimWorld &, const Words &words)
     return words.empty() ? print(help()) : complain(notUnderstood, "there is no help on \"" + words[0] + "\"");
 }
 
-int runList(sim::SimWorld &world, const Words &)
-{
-    return print(describeWorld(world));
-}
-
-int runMessage(sim::SimWorld &world, const Words &)
-{
-    return print(sim::readerMessage(world.readers()) + "\n");
-}
-
-int runCards(sim::SimWorld &world, const Words &)
-{
-    return print(describeCards(world));
-}
-
-int runEvents(sim::SimWorld &world, const Words &)
-{
-    return print(describeEvents(world));
-}
-
-int runTrace(sim::SimWorld &world, const Words &words)
-{
-    return print(describeTrace(world, words.empty() ? std::string() : words[0]));
-}
-
 int runScenarioFile(sim::SimWorld &world, const Words &words)
 {
     std::string text;
@@ -109,9 +84,19 @@ const struct Query {
     std::size_t most;
     int (*run)(sim::SimWorld &world, const Words &words);
 } queries[] = {
-    { "list", 0, 0, runList },     { "message", 0, 0, runMessage }, { "cards", 0, 0, runCards },
-    { "events", 0, 0, runEvents }, { "trace", 0, 1, runTrace },     { "scenario", 1, 1, runScenarioFile },
-    { "help", 0, 1, runHelp },     { "--help", 0, 1, runHelp },     { "-h", 0, 1, runHelp },
+    { "list", 0, 0, [](sim::SimWorld &world, const Words &) { return print(describeWorld(world)); } },
+    { "message", 0, 0,
+      [](sim::SimWorld &world, const Words &) { return print(sim::readerMessage(world.readers()) + "\n"); } },
+    { "cards", 0, 0, [](sim::SimWorld &world, const Words &) { return print(describeCards(world)); } },
+    { "events", 0, 0, [](sim::SimWorld &world, const Words &) { return print(describeEvents(world)); } },
+    { "trace", 0, 1,
+      [](sim::SimWorld &world, const Words &words) {
+          return print(describeTrace(world, words.empty() ? "" : words[0]));
+      } },
+    { "scenario", 1, 1, runScenarioFile },
+    { "help", 0, 1, runHelp },
+    { "--help", 0, 1, runHelp },
+    { "-h", 0, 1, runHelp },
 };
 
 bool isTraceChange(const Words &words)

@@ -10,15 +10,12 @@
 #include "states.h"
 
 #include "app/app.h"
-#include "app/version.h"
 #include "base/common.h"
 #include "base/platform.h"
 #include "base/settings.h"
-#include "shared.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QProcess>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -40,19 +37,9 @@ void useOwnHome(const QString &home)
     }
 }
 
-// The manual's reader is known to be good, so the window does not warn of it.
-void praiseReader()
-{
-    const QString path = Platform::readersConfPath(Common::productName());
-    QDir().mkpath(QFileInfo(path).path());
-    writeFileBytes(path, QByteArray(Tour::reader) + "=E65535\r\n");
-}
-
 void setUpApplication()
 {
-    QCoreApplication::setApplicationVersion(Version::shortText);
-    Shared::loadResources();
-    App::instance()->initQApp();
+    Driver::setUpApplication();
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     QFont font = QApplication::font();
     font.setStyleStrategy(QFont::PreferAntialias);
@@ -62,12 +49,12 @@ void setUpApplication()
 
 bool visit(Tour &tour, const State &state)
 {
-    const bool entered = tour.showCard(state.card, state.prepare) && (!state.enter || state.enter(tour));
+    const bool entered = tour.begin(state.card, state.prepare) && (!state.enter || state.enter(tour));
     if (!entered)
         std::fprintf(stderr, "not reached: %s\n", state.name);
     // The picture shows how far it came.
     const bool taken = tour.take(state.name);
-    tour.closeWindow();
+    tour.end();
     return entered && taken;
 }
 
@@ -108,8 +95,9 @@ int main(int argc, char *argv[])
     }
     QDir().mkpath(args[1]);
     setUpApplication();
+    // The manual's reader is known to be good, so the window does not warn of it.
     if (qEnvironmentVariableIsSet("VELMOR_TOUR_MANUAL"))
-        praiseReader();
+        Driver::writeReadersConf(QByteArray(Tour::reader) + "=E65535\r\n");
 
     const int density = qRound(96 * QGuiApplication::primaryScreen()->devicePixelRatio());
     Tour tour(args[1], QString("-%1-%2").arg(theme).arg(density));

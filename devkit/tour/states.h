@@ -4,12 +4,12 @@
 
 #include <QVector>
 
-// One picture: a window with this card (empty: without one), brought into the state by `enter`, which may be null for
-// the home page as it stands. `enter` answers false if it does not get there.
+// One picture: a window with this card (empty: without one), brought into the state by `enter`, which is null for the
+// home page as it stands. It answers false if it does not get there.
 struct State {
     const char *name;
     const char *card;
-    bool (*enter)(Tour &tour);
+    bool (*enter)(Tour &tour) = nullptr;
     // What is done to the world between the insertion of the card and its reading: a pinpad, tries that are left.
     void (*prepare)(sim::SimWorld &world) = nullptr;
 };

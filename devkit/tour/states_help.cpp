@@ -1,14 +1,12 @@
 #include "states.h"
 
 #include "app/version.h"
-#include "base/common.h"
 #include "base/ipc_msg.h"
 #include "gui/sys_info_gui.h"
 #include "platform/os.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QTextBrowser>
 
 namespace {
@@ -49,11 +47,9 @@ bool helpActivated(Tour &tour)
 
 bool helpWithConfig(Tour &tour)
 {
-    const QString path = Os().readersConfPath();
-    QDir().mkpath(QFileInfo(path).path());
-    writeFileBytes(path, "OMNIA Smart 3121=E65535\r\nKlawiatura <PIN>=200\r\n");
+    Tour::writeReadersConf("OMNIA Smart 3121=E65535\r\nKlawiatura <PIN>=200\r\n");
     const bool entered = help(tour);
-    QFile::remove(path);
+    QFile::remove(Tour::readersConfPath());
     return entered;
 }
 

@@ -19,14 +19,14 @@ bool hovered(Tour &tour)
 QVector<State> homeStates()
 {
     return {
-        { "home-anna", "anna", nullptr },
-        { "home-jan", "jan", nullptr },
-        { "home-zaneta", "zaneta", nullptr },
-        { "home-bartlomiej", "bartlomiej", nullptr },
-        { "home-long-names", "long-names", nullptr },
-        { "home-no-photo", "no-photo", nullptr },
-        { "home-no-dg13", "no-dg13", nullptr },
-        { "home-locked-pins", "locked-pins", nullptr },
+        { "home-anna", "anna" },
+        { "home-jan", "jan" },
+        { "home-zaneta", "zaneta" },
+        { "home-bartlomiej", "bartlomiej" },
+        { "home-long-names", "long-names" },
+        { "home-no-photo", "no-photo" },
+        { "home-no-dg13", "no-dg13" },
+        { "home-locked-pins", "locked-pins" },
         { "home-hover-three-qualified", "three-qualified", hovered },
     };
 }

@@ -9,7 +9,7 @@ namespace {
 
 bool personalData(Tour &tour)
 {
-    return tour.click("bArrowICAO") && tour.waitForPage("pageAllData");
+    return tour.open("bArrowICAO", "pageAllData");
 }
 
 bool personalDataByKey(Tour &tour)
@@ -21,52 +21,38 @@ bool personalDataByKey(Tour &tour)
     });
 }
 
-bool certificatePage(Tour &tour, const char *arrow)
+template <const char *arrow>
+bool certificates(Tour &tour)
 {
     // The first card takes the focus, a little later.
-    return tour.click(arrow) && tour.waitForPage("pageCertInfo") && tour.waitFor([&tour] {
+    return tour.open(arrow, "pageCertInfo") && tour.waitFor([&tour] {
         const QWidget *focus = QApplication::focusWidget();
         return focus && tour.find("tableCert")->isAncestorOf(focus);
     });
 }
 
-bool authentication(Tour &tour)
-{
-    return certificatePage(tour, "bArrowAuthenCert");
-}
-
-bool authorization(Tour &tour)
-{
-    return certificatePage(tour, "bArrowAuthorCert");
-}
-
-bool presence(Tour &tour)
-{
-    return certificatePage(tour, "bArrowPresenceCert");
-}
-
-bool qualified(Tour &tour)
-{
-    return certificatePage(tour, "bArrowQualifiedCert");
-}
+constexpr char authentication[] = "bArrowAuthenCert";
+constexpr char authorization[] = "bArrowAuthorCert";
+constexpr char presence[] = "bArrowPresenceCert";
+constexpr char qualified[] = "bArrowQualifiedCert";
 
 bool lastOfQualified(Tour &tour)
 {
-    if (!qualified(tour))
+    if (!certificates<qualified>(tour))
         return false;
     QScrollBar *bar = tour.find<QTableWidget>("tableCert")->verticalScrollBar();
     bar->setValue(bar->maximum());
-    return bar->maximum() > 0 && tour.waitFor([] { return true; });
+    return bar->maximum() > 0;
 }
 
 bool cutOff(Tour &tour)
 {
-    return tour.click("bArrowAuthenCert") && tour.waitForPage("pageCertInfo");
+    return tour.open(authentication, "pageCertInfo");
 }
 
 bool buttonFocused(Tour &tour)
 {
-    if (!authentication(tour))
+    if (!certificates<authentication>(tour))
         return false;
     auto *button = tour.find("tableCert")->findChild<QWidget *>("bDetailsCert");
     button->setFocus(Qt::TabFocusReason);
@@ -78,8 +64,8 @@ bool opening(Tour &tour)
 {
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", {});
-    const bool clicked = authentication(tour) && tour.click("bDetailsCert");
-    const bool shown = clicked && tour.waitFor([&tour] { return !tour.find("loading")->isHidden(); });
+    const bool clicked = certificates<authentication>(tour) && tour.click("bDetailsCert");
+    const bool shown = clicked && tour.waitFor([&tour] { return tour.loaderShown(); });
     qputenv("PATH", path);
     return shown;
 }
@@ -98,11 +84,11 @@ QVector<State> pageStates()
         { "data-no-dg13", "no-dg13", personalData },
         { "data-foreigner", "foreigner", personalData },
         { "data-none", "no-data", personalData },
-        { "certificates-authentication", "anna", authentication },
-        { "certificates-authorization", "jan", authorization },
-        { "certificates-presence", "ewa", presence },
-        { "certificates-three-qualified", "three-qualified", qualified },
-        { "certificates-odd", "odd-certificates", qualified },
+        { "certificates-authentication", "anna", certificates<authentication> },
+        { "certificates-authorization", "jan", certificates<authorization> },
+        { "certificates-presence", "ewa", certificates<presence> },
+        { "certificates-three-qualified", "three-qualified", certificates<qualified> },
+        { "certificates-odd", "odd-certificates", certificates<qualified> },
         { "certificates-odd-end", "odd-certificates", lastOfQualified },
         { "certificates-cut-off", "odd-certificates", cutOff },
         { "certificates-button", "anna", buttonFocused },

@@ -10,56 +10,52 @@ void pinpad(sim::SimWorld &world)
     world.setPinpad(Tour::reader, true);
 }
 
-void type(Tour &tour, const char *field, const char *text)
-{
-    auto *line = tour.find<QLineEdit>(field);
-    line->setFocus(Qt::TabFocusReason);
-    line->clear();
-    line->insert(text);
-}
+using Texts = std::initializer_list<std::pair<const char *, const char *>>;
 
-bool settled(Tour &tour)
+void type(Tour &tour, const Texts &texts)
 {
-    return tour.waitFor([] { return true; });
+    for (const auto &[field, text] : texts) {
+        auto *line = tour.find<QLineEdit>(field);
+        line->setFocus(Qt::TabFocusReason);
+        line->clear();
+        line->insert(text);
+    }
 }
 
 bool change(Tour &tour)
 {
-    return tour.click("bChangePinAuthenCert") && tour.waitForPage("pageChangePin");
+    return tour.open("bChangePinAuthenCert", "pageChangePin");
 }
 
 bool changeTyping(Tour &tour)
 {
     const bool shown = change(tour);
-    type(tour, "lineActualPin", "1234");
-    type(tour, "lineNewPin", "48");
-    return shown && settled(tour);
+    type(tour, { { "lineActualPin", "1234" }, { "lineNewPin", "48" } });
+    return shown;
 }
 
 bool changeComplete(Tour &tour, const char *repeat)
 {
     const bool shown = change(tour);
-    type(tour, "lineActualPin", "1234");
-    type(tour, "lineNewPin", "4826");
-    type(tour, "lineRepeatPin", repeat);
-    return shown && settled(tour);
+    type(tour, { { "lineActualPin", "1234" }, { "lineNewPin", "4826" }, { "lineRepeatPin", repeat } });
+    return shown;
 }
 
 bool changeReady(Tour &tour)
 {
     const bool shown = changeComplete(tour, "4826");
     tour.find("bChangePin")->setFocus(Qt::TabFocusReason);
-    return shown && settled(tour);
+    return shown;
 }
 
 bool changeDiffers(Tour &tour)
 {
-    return changeComplete(tour, "4827") && tour.click("bChangePin") && settled(tour);
+    return changeComplete(tour, "4827") && tour.click("bChangePin");
 }
 
-bool changeLastTry(Tour &tour)
+bool changeQualified(Tour &tour)
 {
-    return tour.click("bChangePinQualifiedCert") && tour.waitForPage("pageChangePin");
+    return tour.open("bChangePinQualifiedCert", "pageChangePin");
 }
 
 void lastTry(sim::SimWorld &world)
@@ -73,8 +69,7 @@ bool changeRuns(Tour &tour)
     hold.function = "C_Login";
     hold.block = true;
     tour.world.addFault(hold);
-    return changeComplete(tour, "4826") && tour.click("bChangePin")
-        && tour.waitFor([&tour] { return tour.world.waitingCalls() > 0; });
+    return changeComplete(tour, "4826") && tour.click("bChangePin") && tour.waitForPad();
 }
 
 template <int code>
@@ -85,14 +80,9 @@ bool changeEnds(Tour &tour)
     return shown && tour.waitForPage("pageCorrectChange");
 }
 
-bool padWaits(Tour &tour, const char *page)
-{
-    return tour.waitForPage(page) && tour.waitFor([&tour] { return tour.world.waitingCalls() > 0; });
-}
-
 bool changeOnPad(Tour &tour)
 {
-    return tour.click("bChangePinAuthenCert") && padWaits(tour, "pageChangePin");
+    return change(tour) && tour.waitForPad();
 }
 
 bool quitRefused(Tour &tour)
@@ -102,16 +92,14 @@ bool quitRefused(Tour &tour)
 
 bool puk(Tour &tour)
 {
-    return tour.click("bChangePinQualifiedCert") && tour.waitForPage("pageUnblockPin");
+    return tour.open("bChangePinQualifiedCert", "pageUnblockPin");
 }
 
 bool pukComplete(Tour &tour, const char *repeat)
 {
     const bool shown = puk(tour);
-    type(tour, "lineInsertPuk", "87654321");
-    type(tour, "lineNewPinPuk", "48261537");
-    type(tour, "lineRepeatPinPuk", repeat);
-    return shown && settled(tour);
+    type(tour, { { "lineInsertPuk", "87654321" }, { "lineNewPinPuk", "48261537" }, { "lineRepeatPinPuk", repeat } });
+    return shown;
 }
 
 bool pukReady(Tour &tour)
@@ -121,7 +109,7 @@ bool pukReady(Tour &tour)
 
 bool pukDiffers(Tour &tour)
 {
-    return pukComplete(tour, "48261538") && tour.click("bChangePinPuk") && settled(tour);
+    return pukComplete(tour, "48261538") && tour.click("bChangePinPuk");
 }
 
 template <int code>
@@ -134,12 +122,12 @@ bool pukEnds(Tour &tour)
 
 bool pukOnPad(Tour &tour)
 {
-    return tour.click("bChangePinQualifiedCert") && padWaits(tour, "pageUnblockPin");
+    return puk(tour) && tour.waitForPad();
 }
 
 bool pukBlocked(Tour &tour)
 {
-    return tour.click("bChangePinQualifiedCert") && tour.waitForPage("pageBlockedPuk_2");
+    return tour.open("bChangePinQualifiedCert", "pageBlockedPuk_2");
 }
 
 } // namespace
@@ -151,7 +139,7 @@ QVector<State> pinStates()
         { "pin-change-typing", "anna", changeTyping },
         { "pin-change-ready", "anna", changeReady },
         { "pin-change-differs", "anna", changeDiffers },
-        { "pin-change-last-try", "anna", changeLastTry, lastTry },
+        { "pin-change-last-try", "anna", changeQualified, lastTry },
         { "pin-change-runs", "anna", changeRuns },
         { "pin-change-done", "anna", changeEnds<0> },
         { "pin-change-wrong", "anna", changeEnds<-6> },

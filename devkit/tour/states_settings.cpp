@@ -52,7 +52,7 @@ bool submit(Tour &tour, const QStringList &ticked)
         return false;
     for (auto *box : tour.find("settingsBrowserFrame")->findChildren<QCheckBox *>())
         box->setChecked(ticked.contains(box->objectName()));
-    return tour.click("bIntegrate") && tour.waitForPage("pageIntegration");
+    return tour.open("bIntegrate", "pageIntegration");
 }
 
 bool submitOptions(Tour &tour, const QStringList &changed)
@@ -61,7 +61,7 @@ bool submitOptions(Tour &tour, const QStringList &changed)
         return false;
     for (const QString &name : changed)
         tour.find<QCheckBox>(name.toLatin1())->toggle();
-    return tour.click("bCANSettings") && tour.waitForPage("pageIntegration");
+    return tour.open("bCANSettings", "pageIntegration");
 }
 
 bool settings(Tour &tour)

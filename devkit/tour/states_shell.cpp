@@ -21,7 +21,7 @@ bool loader(Tour &tour)
     tour.world.setDelay(slowCardMs);
     tour.window->loadAll();
     tour.pause(loaderPaintedMs);
-    return !tour.find("loading")->isHidden();
+    return tour.loaderShown();
 }
 
 bool readerWarning(Tour &tour)

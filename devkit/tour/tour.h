@@ -1,49 +1,28 @@
 #pragma once
 
-#include "simworld/sim_world.h"
-#include "window.h"
+#include "driver/driver.h"
 
 #include <QPixmap>
-#include <QStackedWidget>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-#include <memory>
-
-// The real window on a simulated card, brought into one state after the other to leave a picture of each.
-class Tour {
+// The window brought into one state after the other to leave a picture of each.
+class Tour : public Driver {
 public:
     static constexpr char reader[] = "OMNIA Smart 3121";
 
     // `suffix` is added to the names of the pictures: theme and density.
     Tour(QString folder, QString suffix) : target(std::move(folder)), ending(std::move(suffix)) { }
 
-    sim::SimWorld world;
-    std::unique_ptr<Window> window;
-
-    template <typename T = QWidget>
-    T *find(const char *name)
-    {
-        T *widget = window->findChild<T *>(name);
-        if (!widget)
-            qFatal("the window has no %s", name);
-        return widget;
-    }
-
-    // Runs the event loop until the condition holds, and then until everything is laid out. False when it took too
-    // long.
-    bool waitFor(const std::function<bool()> &condition);
     // Lets the event loop run for so long.
-    void pause(int milliseconds);
-    bool waitForPage(const char *page);
-    // A click as the mouse makes it; false if the button cannot be clicked.
-    bool click(const char *button);
+    static void pause(int milliseconds);
+    // Clicks what opens a page.
+    bool open(const char *button, const char *page) const { return click(button) && waitForPage(page); }
 
     // A window with this card read, photo included; with no name, one that has just been opened. `prepare` comes
     // between the insertion and the reading.
-    bool showCard(const QString &card, void (*prepare)(sim::SimWorld &world) = nullptr);
-    void closeWindow();
+    bool begin(const std::string &card, const std::function<void(sim::SimWorld &world)> &prepare);
+    void end();
 
     // For a state that is a dialog: calls `open`, which runs the dialog, keeps its picture for take and closes it.
     bool showDialog(const std::function<void()> &open);

@@ -8,7 +8,6 @@
 // A user before the PIN pages: the card is on the home page, and what is done is done by keys and clicks.
 class PinFlow : public Flow {
 public:
-    static constexpr int patience = 10000;
     static constexpr const char *puk = "87654321";
 
     // PIN of a specimen card, another that it can be changed to, and the home page's button.
@@ -45,6 +44,7 @@ public:
     std::string card() const { return cardName; }
     sim::CardState state() const { return *world.cardState(cardName); }
 
+    // By the mouse, which takes the focus along.
     void click(const char *name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
     void openPinPage(const QByteArray &name) const { click(container(name).button); }
 
@@ -68,15 +68,7 @@ public:
 
     bool waitForEnd() const
     {
-        return QTest::qWaitFor([this] { return !loaderShown(); }, patience);
-    }
-    bool waitForPage(const QString &name) const
-    {
-        return QTest::qWaitFor([&] { return page() == name && !loaderShown(); }, patience);
-    }
-    bool waitForPad(int calls = 1) const
-    {
-        return QTest::qWaitFor([&] { return world.waitingCalls() == calls; }, patience);
+        return waitFor([this] { return !loaderShown(); });
     }
     void answerAtPad(sim::PadAnswer::Kind kind)
     {
@@ -90,7 +82,7 @@ public:
     {
         LogCatcher log;
         emit window->loadSsl();
-        const bool done = QTest::qWaitFor([&] { return log.has("SSL loaded"); }, patience);
+        const bool done = waitFor([&] { return log.has("SSL loaded"); });
         QCoreApplication::processEvents();
         return done;
     }

@@ -1,5 +1,6 @@
 #include "pin_fields.h"
 
+#include "gui/secret_text.h"
 #include "gui/spoken_focus.h"
 
 #include <QAbstractButton>
@@ -38,11 +39,6 @@ void admitPin(QLineEdit *field, const QString &pattern)
 {
     delete field->validator();
     field->setValidator(new QRegularExpressionValidator(QRegularExpression(pattern), field));
-}
-
-void forgetEntry(QLineEdit *field)
-{
-    field->setText({});
 }
 
 void setFieldStyle(QLineEdit *lineEdit, bool good)
@@ -103,7 +99,7 @@ void PinForm::markRepetition(bool match) const
 void PinForm::clear() const
 {
     for (QLineEdit *field : { fresh, secret, repeat }) {
-        forgetEntry(field);
+        forgetSecret(field);
         setFieldStyle(field, true);
     }
 }
@@ -111,7 +107,7 @@ void PinForm::clear() const
 void PinForm::forget() const
 {
     for (QLineEdit *field : { secret, fresh, repeat })
-        forgetEntry(field);
+        forgetSecret(field);
 }
 
 void PinForm::hideHints() const

@@ -16,9 +16,6 @@ class QWidget;
 // Only the ten digits of ASCII are digits here.
 void admitPin(QLineEdit *field, const QString &pattern);
 
-// Empties a field and its history of edits, which QLineEdit::clear() would keep.
-void forgetEntry(QLineEdit *field);
-
 // The look of a field: neutral, or bad after a refused entry. Set on the field itself, so it is the same in every
 // theme.
 void setFieldStyle(QLineEdit *lineEdit, bool good);

@@ -1,5 +1,6 @@
 #include "thproxy.h"
 
+#include "base/secret_string.h"
 #include "card/card_tables.h"
 #include "card/pkcs11.h"
 
@@ -12,6 +13,12 @@
 namespace {
 
 constexpr std::chrono::milliseconds refreshPause { 50 };
+
+// A queued call carries copies of its arguments. Whoever sent it has let go of them by the time the card has answered.
+void wipeArgument(const QString &argument)
+{
+    wipeSecret(const_cast<QString &>(argument));
+}
 
 } // namespace
 
@@ -102,6 +109,8 @@ void ThProxy::getCerts(const QString &reader, bool getAuth, bool getPres, bool g
 void ThProxy::changePin(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin)
 {
     const int result = pkcs11->changePIN(reader, conteiner, oldPin, newPin);
+    wipeArgument(oldPin);
+    wipeArgument(newPin);
     // The new tries reach the window before the result does, and its pages rely on that.
     refreshCerts(reader);
     emit changePinFin(result);
@@ -110,6 +119,8 @@ void ThProxy::changePin(const QString &reader, const QString &conteiner, const Q
 void ThProxy::unblockPin(const QString &reader, const QString &conteiner, const QString &PUK, const QString &newPIN)
 {
     const int result = pkcs11->unblockPIN(reader, conteiner, PUK, newPIN);
+    wipeArgument(PUK);
+    wipeArgument(newPIN);
     refreshCerts(reader);
     emit unblockPinFin(result);
 }

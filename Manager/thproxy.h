@@ -28,7 +28,8 @@ public slots:
     void getPhoto(const QString &reader);
     void selectReader(const QString &reader);
     void getCerts(const QString &reader, bool getAuth, bool getPres, bool getAuthor, bool getQualified);
-    // These two send refreshCertsFin, with the tries as they are afterwards, before their own Fin.
+    // These two send refreshCertsFin, with the tries as they are afterwards, before their own Fin. What they are sent
+    // of PIN and PUK is wiped after the card call, unless somebody else holds it too.
     void changePin(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin);
     void unblockPin(const QString &reader, const QString &conteiner, const QString &PUK, const QString &newPIN);
     // Makes Qt load its TLS library now, on this thread.

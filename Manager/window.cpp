@@ -16,6 +16,7 @@
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
 #include "gui/link_focus.h"
+#include "gui/secret_text.h"
 #include "ipc/ipc.h"
 #include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
@@ -55,6 +56,7 @@ Window::Window(QWidget *parent) :
     // Looking for the TLS library takes long and is not needed until the end, so the other core does it meanwhile.
     std::future<bool> ssl = std::async(std::launch::async, &QSslSocket::supportsSsl);
     showCardsToScreenReaders();
+    tellSecretsAsBullets();
     setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
     ui->setupUi(this);
     createGuiHelpers();
@@ -196,6 +198,10 @@ void Window::connectPinPages()
         connect(field, &QLineEdit::textEdited, this, &Window::disableEnableChangePin);
     for (QLineEdit *field : { unblockForm.secret, unblockForm.fresh, unblockForm.repeat })
         connect(field, &QLineEdit::textEdited, this, &Window::disableEnableUnblockPin);
+    for (const PinForm *form : { &changeForm, &unblockForm }) {
+        for (QLineEdit *field : { form->secret, form->fresh, form->repeat })
+            prepareSecret(field);
+    }
     connect(qApp, &QApplication::focusChanged, this, markFocusInRings);
 }
 

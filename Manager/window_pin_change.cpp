@@ -5,8 +5,10 @@
 // a pinpad reader the request is sent at once and the user can leave through the reader only.
 
 #include "base/common.h"
+#include "base/secret_string.h"
 #include "card/card_results.h"
 #include "card/card_tables.h"
+#include "gui/secret_text.h"
 #include "gui/spoken_focus.h"
 #include "ui_window.h"
 
@@ -144,8 +146,9 @@ void Window::changePin()
     qDebug().noquote() << "New and repeat pins meet criterias (change PIN) ";
     loaderShow("Zmiana PIN-u \n Proszę czekać", {}, false, false);
     // A repeated press finds nothing to send.
-    forgetEntry(ui->lineRepeatPin);
-    emit changePinSig(reader, conteiner, actual, fresh);
+    forgetSecret(ui->lineRepeatPin);
+    // Copies, for the worker to wipe.
+    emit changePinSig(reader, conteiner, copyOfSecret(actual), copyOfSecret(fresh));
 }
 
 bool Window::validateTwoPins(int page, const QString &pin, const QString &repeat)

@@ -5,8 +5,10 @@
 // blocked PUK ends the road on a page of its own.
 
 #include "base/common.h"
+#include "base/secret_string.h"
 #include "card/card_results.h"
 #include "card/card_tables.h"
+#include "gui/secret_text.h"
 #include "ui_window.h"
 
 #include <QDebug>
@@ -140,10 +142,11 @@ void Window::unblockPin()
         busyFlag = false;
         return;
     }
-    forgetEntry(ui->lineRepeatPinPuk);
+    forgetSecret(ui->lineRepeatPinPuk);
     qDebug().noquote() << "New and repeat pins meet criterias (unblock PIN) ";
     loaderShow(pukPageWords().loader, {}, true, false);
-    emit unblockPinSig(reader, conteiner, puk, fresh);
+    // Copies, for the worker to wipe.
+    emit unblockPinSig(reader, conteiner, copyOfSecret(puk), copyOfSecret(fresh));
 }
 
 void Window::unblockPinFin(int res)

@@ -63,7 +63,7 @@ private slots:
     {
         QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
 
-        runStory("change_pin.py");
+        runStory({ "change_pin.py", siblingPath("velmor_send"), program(), "-r", "0:Czytnik Alfa||" }, {});
 
         QCOMPARE(world.cardState("anna")->pins[sim::Authentication].pin, std::string("4826"));
         QCOMPARE(world.cardState("anna")->pins[sim::Authentication].tries, 3);

@@ -1,9 +1,11 @@
-"""Changes a PIN from the home page to the result by keyboard and ear alone. Arguments: the program with its options."""
+"""Changes a PIN from the home page to the result by keyboard and ear alone. Arguments: velmor_send, the program with its options."""
 
+import subprocess
 import sys
 
 from reader import run
 
+SEND = sys.argv[1]
 ACTUAL, WRONG, FRESH = "1234", "9753", "4826"
 SECRETS = (ACTUAL, WRONG, FRESH)
 
@@ -61,6 +63,17 @@ def story(reader):
     reader.wait_for_speech("Twoje dane z velmor")
     reader.expect("Pozostało prób: 2" in open_page(reader)[1], "two tries are not told")
 
+    # Cancelled with all fields filled.
+    fields = ((ACTUAL, "Tab"), (FRESH, "Tab"), (FRESH, "Tab"))
+    for digits, key in fields:
+        reader.type(digits)
+        reader.press(key)
+    reader.tab_to("Anuluj")
+    reader.press("Return")
+    reader.wait_for_speech("Twoje dane z velmor")
+    reader.expect_silence_about(SECRETS)
+    open_page(reader)
+
     fill(reader, ACTUAL, FRESH, FRESH)
     _, _, role = reader.wait_for_speech("PIN został zmieniony")
     reader.expect(role == "label", f"the result is a {role}")
@@ -72,5 +85,12 @@ def story(reader):
     reader.press("space")
     reader.wait_for_speech("Twoje dane z velmor")
 
+    # The card goes with a PIN half typed: what was typed goes without a word.
+    open_page(reader)
+    reader.type(FRESH)
+    subprocess.run([SEND, "velmor_manager", "readers", "NO_CARD"], check=True)
+    reader.wait_for_speech("Brak połączenia")
+    reader.expect_silence_about(SECRETS)
 
-sys.exit(run(sys.argv[1:], story))
+
+sys.exit(run(sys.argv[2:], story))

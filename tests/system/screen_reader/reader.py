@@ -23,10 +23,13 @@ class Failure(Exception):
 class Reader:
     def __init__(self, program):
         self.spoken = []  # (name, description, role) of each thing that got the focus
+        self.edits = []  # (role, text) of each change of a text, typed or not
         self.focus = None
         Atspi.init()
         self.listener = Atspi.EventListener.new(self._heard, None)
         self.listener.register("object:state-changed:focused")
+        self.edit_listener = Atspi.EventListener.new(self._heard_edit, None)
+        self.edit_listener.register("object:text-changed")
         self.process = subprocess.Popen(program)
         self.application = self.wait_for(self._find_application, "the program in the tree")
         window = self.wait_for(self._find_window, "its window on the display")
@@ -42,6 +45,12 @@ class Reader:
             self.spoken.append((source.get_name(), source.get_description(), source.get_role_name()))
         except GLib.Error:
             pass  # gone again already
+
+    def _heard_edit(self, event, _data):
+        try:
+            self.edits.append((event.source.get_role_name(), str(event.any_data)))
+        except GLib.Error:
+            self.edits.append(("gone", str(event.any_data)))
 
     def listen(self, seconds=0.05):
         context = GLib.MainContext.default()
@@ -145,6 +154,12 @@ class Reader:
         shown = self.everything() + "\n".join(" ".join(entry) for entry in self.spoken)
         for secret in secrets:
             self.expect(secret not in shown, f"{secret} can be read")
+        # Of what is typed into such a field its length is told, and not one digit.
+        secret_edits = [text for role, text in self.edits if role != "label"]
+        self.expect(secret_edits, "no change of a field is told at all")
+        for text in secret_edits:
+            self.expect(set(text) <= {"•"}, f"{text!r} is told of a field")
+            self.expect(len(text) <= 8, f"{len(text)} characters are told of a field that holds eight")
 
     def end(self):
         if self.process.poll() is None:

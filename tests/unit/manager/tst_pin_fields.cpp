@@ -1,5 +1,7 @@
 #include "pin_fields.h"
 
+#include "gui/secret_text.h"
+
 #include "support/testmain.h"
 
 #include <QClipboard>
@@ -127,7 +129,7 @@ private slots:
     void forgottenEntryDoesNotComeBackByUndo()
     {
         QTest::keyClicks(line.get(), "1234");
-        forgetEntry(line.get());
+        forgetSecret(line.get());
         QCOMPARE(line->text(), QString());
         QVERIFY(!line->isUndoAvailable());
         // The toolkit hides the history of a password, yet keeps it; in the open it would show.

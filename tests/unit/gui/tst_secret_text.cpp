@@ -1,0 +1,195 @@
+#include "gui/secret_text.h"
+
+#include "support/own_memory.h"
+#include "support/testmain.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRegularExpressionValidator>
+#include <QSignalSpy>
+
+namespace {
+
+// What a screen reader would be told, one line an event.
+QStringList *told = nullptr;
+int cursor = -1;
+
+void note(QAccessibleEvent *event)
+{
+    if (event->type() == QAccessible::TextInserted || event->type() == QAccessible::TextRemoved
+        || event->type() == QAccessible::TextUpdated)
+        cursor = static_cast<QAccessibleTextCursorEvent *>(event)->cursorPosition();
+    if (event->type() == QAccessible::TextInserted) {
+        const auto *insertion = static_cast<QAccessibleTextInsertEvent *>(event);
+        *told << QString("+%1 %2").arg(insertion->changePosition()).arg(insertion->textInserted());
+    } else if (event->type() == QAccessible::TextRemoved) {
+        const auto *removal = static_cast<QAccessibleTextRemoveEvent *>(event);
+        *told << QString("-%1 %2").arg(removal->changePosition()).arg(removal->textRemoved());
+    } else if (event->type() == QAccessible::TextUpdated) {
+        const auto *update = static_cast<QAccessibleTextUpdateEvent *>(event);
+        *told << QString("%1 %2>%3").arg(update->changePosition()).arg(update->textRemoved(), update->textInserted());
+    } else if (event->type() == QAccessible::NameChanged) {
+        *told << "name";
+    }
+}
+
+} // namespace
+
+// Of what is typed into a hidden field a screen reader learns the length, and memory keeps nothing once it is
+// forgotten.
+class TestSecretText : public QObject {
+    Q_OBJECT
+
+private:
+    static constexpr std::size_t inText = 2;
+    static constexpr std::size_t inHistory = 16;
+
+    QStringList heard;
+    QAccessible::UpdateHandler handler = nullptr;
+    std::unique_ptr<QLineEdit> line;
+
+    void type(const HiddenDigits &digits) const
+    {
+        for (int i = 0; i < digits.size(); ++i)
+            QTest::keyClick(line.get(), digits.at(i));
+    }
+    template <typename Event>
+    void tell(Event event) const
+    {
+        handler(&event);
+    }
+    static QString bullets(int count) { return QString(count, QChar(0x2022)); }
+
+private slots:
+    void initTestCase()
+    {
+        told = &heard;
+        // The handler of before is called on, with what may be told. It is asked directly, since a program without a
+        // display has no accessibility.
+        QAccessible::installUpdateHandler(note);
+        tellSecretsAsBullets();
+        tellSecretsAsBullets();
+        handler = QAccessible::installUpdateHandler(nullptr);
+    }
+    void init()
+    {
+        line = std::make_unique<QLineEdit>();
+        line->setEchoMode(QLineEdit::Password);
+        line->setValidator(new QRegularExpressionValidator(QRegularExpression("\\d{8}"), line.get()));
+        prepareSecret(line.get());
+        line->show();
+        line->setFocus();
+        heard.clear();
+    }
+
+    void changesAreToldAsBullets_data()
+    {
+        QTest::addColumn<int>("echoMode");
+        QTest::newRow("password") << int(QLineEdit::Password);
+        QTest::newRow("no echo") << int(QLineEdit::NoEcho);
+        QTest::newRow("shown while edited") << int(QLineEdit::PasswordEchoOnEdit);
+    }
+    void changesAreToldAsBullets()
+    {
+        QFETCH(int, echoMode);
+        line->setEchoMode(QLineEdit::EchoMode(echoMode));
+        tell(QAccessibleTextInsertEvent(line.get(), 1, "48"));
+        tell(QAccessibleTextRemoveEvent(line.get(), 3, "26153"));
+        tell(QAccessibleTextUpdateEvent(line.get(), 0, "482", "615372"));
+        QCOMPARE(heard, (QStringList { "+1 " + bullets(2), "-3 " + bullets(5), "0 " + bullets(3) + ">" + bullets(6) }));
+    }
+
+    void cursorIsToldWithThem()
+    {
+        QAccessibleTextInsertEvent insertion(line.get(), 0, "48");
+        insertion.setCursorPosition(2);
+        handler(&insertion);
+        QCOMPARE(cursor, 2);
+        QAccessibleTextRemoveEvent removal(line.get(), 0, "48");
+        removal.setCursorPosition(7);
+        handler(&removal);
+        QCOMPARE(cursor, 7);
+        QAccessibleTextUpdateEvent update(line.get(), 0, "4", "8");
+        update.setCursorPosition(5);
+        handler(&update);
+        QCOMPARE(cursor, 5);
+    }
+
+    void openFieldIsToldAsItIs()
+    {
+        line->setEchoMode(QLineEdit::Normal);
+        tell(QAccessibleTextInsertEvent(line.get(), 0, "12"));
+        tell(QAccessibleTextUpdateEvent(line.get(), 0, "12", "3"));
+        QCOMPARE(heard, (QStringList { "+0 12", "0 12>3" }));
+    }
+
+    void otherThingsAreToldAsTheyAre()
+    {
+        QLabel label;
+        tell(QAccessibleTextInsertEvent(&label, 0, "12"));
+        tell(QAccessibleEvent(line.get(), QAccessible::NameChanged));
+        QCOMPARE(heard, (QStringList { "+0 12", "name" }));
+    }
+
+    void forgottenTextStandsNowhere()
+    {
+        const HiddenDigits digits { "62059384" };
+        type(digits);
+        QCOMPARE(line->text(), digits.text());
+        QVERIFY(digits.places(inText) > 0);
+        QVERIFY(digits.places(inHistory) > 0);
+        forgetSecret(line.get());
+        QCOMPARE(digits.places(inText), 0);
+        QCOMPARE(digits.places(inHistory), 0);
+        QCOMPARE(line->text(), QString());
+    }
+
+    // Deleted by the user, so that the history alone has it.
+    void forgottenHistoryStandsNowhere()
+    {
+        const HiddenDigits digits { "73160495" };
+        type(digits);
+        for (int i = 0; i < digits.size(); ++i)
+            QTest::keyClick(line.get(), Qt::Key_Backspace);
+        QCOMPARE(line->text(), QString());
+        QVERIFY(digits.places(inHistory) > 0);
+        forgetSecret(line.get());
+        QCOMPARE(digits.places(inHistory), 0);
+    }
+
+    // Growing would leave it behind where it stood before.
+    void typingNeverMovesTheHistory()
+    {
+        const HiddenDigits digits { "84271506" };
+        for (int round = 0; round < 40; ++round) {
+            type(digits);
+            for (int i = 0; i < digits.size(); ++i)
+                QTest::keyClick(line.get(), Qt::Key_Backspace);
+        }
+        forgetSecret(line.get());
+        QCOMPARE(digits.places(inHistory), 0);
+        QCOMPARE(digits.places(inText), 0);
+    }
+
+    void fieldTakesTheNextEntryAsBefore()
+    {
+        QTest::keyClicks(line.get(), "48261537");
+        QSignalSpy changed(line.get(), &QLineEdit::textChanged);
+        QSignalSpy edited(line.get(), &QLineEdit::textEdited);
+        forgetSecret(line.get());
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(changed.first().first().toString(), QString());
+        QCOMPARE(edited.size(), 0);
+        QVERIFY(!line->isModified());
+        QVERIFY(!line->isUndoAvailable());
+
+        QTest::keyClicks(line.get(), "12x3456789");
+
+        QCOMPARE(line->text(), QString("12345678"));
+        QCOMPARE(edited.size(), 8);
+    }
+};
+
+VELMOR_TEST(TestSecretText)
+#include "tst_secret_text.moc"

@@ -108,6 +108,7 @@ int runWindow(const QCommandLineParser &parser)
 
 int main(int argc, char *argv[])
 {
+    Platform::distrustCurrentFolder();
     Platform::usePrivateTempDir("velmor");
     Platform::avoidOpenGl();
     App *app = App::instance();

@@ -18,6 +18,7 @@
 #include "gui/link_focus.h"
 #include "gui/secret_text.h"
 #include "ipc/ipc.h"
+#include "platform/open_outside.h"
 #include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
 #include "text_width.h"
@@ -29,8 +30,9 @@
 #include <QDebug>
 #include <QIcon>
 #include <QSslSocket>
-
-#include <future>
+#include <QTextDocument>
+#include <QTimer>
+#include <QUrl>
 
 namespace {
 
@@ -40,6 +42,8 @@ constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
 
 void warnWithoutSsl()
 {
+    if (QSslSocket::supportsSsl())
+        return;
     QString text = "SSL not supported";
     if (Common::isDev())
         text += " - Copy ssleay32.dll and libeay32.dll from SDK\\openssl-1.1.1k into " + qEnvironmentVariable("QTDIR")
@@ -53,8 +57,6 @@ Window::Window(QWidget *parent) :
     QMainWindow(parent), app(App::instance()), guiBase(GuiBase::instance()), ui(new Ui::Window),
     settings(Settings::instance())
 {
-    // Looking for the TLS library takes long and is not needed until the end, so the other core does it meanwhile.
-    std::future<bool> ssl = std::async(std::launch::async, &QSslSocket::supportsSsl);
     showCardsToScreenReaders();
     tellSecretsAsBullets();
     setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
@@ -80,8 +82,8 @@ Window::Window(QWidget *parent) :
     ui->cbReaders->setCurrentText("brak podłączonego czytnika");
     ui->tDiagnosticsRaport->document()->setDefaultStyleSheet("a { color:#2c9eeb; font-weight:bold; }");
     startWorker();
-    if (!ssl.get())
-        warnWithoutSsl();
+    // Looking for the TLS library takes long, and the window can be seen before.
+    QTimer::singleShot(0, this, &warnWithoutSsl);
     if (isPage(ui->pageSettings))
         reloadSettingPage();
     else
@@ -159,6 +161,8 @@ void Window::setFixedTexts()
     auto *focus = new LinkFocus(this);
     for (QLabel *link : { ui->lGuide, ui->lLicense, ui->lChangelog })
         focus->watch(link);
+    for (const QLabel *label : ui->mainFrame->findChildren<QLabel *>())
+        connect(label, &QLabel::linkActivated, this, [](const QString &address) { openOutside(QUrl(address)); });
 }
 
 // The segment of the instance lock is the inbox.
@@ -299,5 +303,7 @@ void Window::setLabelElided(QLabel *label, const QString &text)
     label->ensurePolished();
     const QString shown = elidedToWidth(text, QFontMetrics(label->font()).horizontalAdvance(text), label->width());
     label->setText(shown);
-    label->setToolTip(shown == text ? QString() : text);
+    // A name from a card must not become markup; a text that cannot be taken for it stays as it is.
+    const QString tip = Qt::mightBeRichText(text) ? "<qt>" + text.toHtmlEscaped() + "</qt>" : text;
+    label->setToolTip(shown == text ? QString() : tip);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/ipc_msg.h"
 #include "card_in_reader.h"
 #include "certificate_watch.h"
 #include "header_drag.h"
@@ -12,6 +13,8 @@
 #include <QStringList>
 #include <QThread>
 
+#include <optional>
+
 class AnimWidget;
 class App;
 class GuiBase;
@@ -19,7 +22,6 @@ class GuiScaler;
 class HoverParameter;
 class Integrator;
 class Ipc;
-class IpcMsg;
 class Pkcs11;
 class QLabel;
 class QSslCertificate;
@@ -179,6 +181,7 @@ private:
     void enableReadersOnlyWithChoice();
 
     // window_card_read.cpp
+    bool cardHasGone() const;
     void showNoElectricLayer();
     void fillNamesFromCertificate(const QByteArray &der);
     void clearPerson();
@@ -247,6 +250,7 @@ private:
     HeaderDrag drag;
     bool busyFlag = false; // from loaderShow to loaderHide, and while what was typed is checked
     int integrationAppsCount = 0;
+    int diagnosisLength = 0; // of what the Monitor has told of the readers since the report was built
     Settings *settings;
     PinForm changeForm {};
     PinForm unblockForm {};
@@ -259,4 +263,6 @@ private:
     bool newReaders = false; // a change waits for the return to the home page
     bool readersRequested = false; // the next list reads the card
     CertificateWatch certWatch;
+    // From the user's order to change the browsers until its result is shown: what came meanwhile from the family.
+    std::optional<QList<IpcMsg>> heldMessages;
 };

@@ -33,6 +33,12 @@ void forgetText(QLabel *label)
 
 } // namespace
 
+// isReader() alone is false also for a reader that has "brak" in its name.
+bool Window::cardHasGone() const
+{
+    return reader.isEmpty() && !isReader();
+}
+
 void Window::loadAll()
 {
     clearPerson();
@@ -67,7 +73,7 @@ void Window::loadedReaderSelected(bool res)
 void Window::loadedCertsCount(int auth, int author, int pres, int qual)
 {
     qDebug().noquote() << "certs counters loaded";
-    if (!isReader())
+    if (cardHasGone())
         return;
     // Late answers about another card may have come since it was emptied.
     clearPerson();
@@ -100,7 +106,7 @@ void Window::loadedConteinersAndICAO(const QString &authen, const QString &autho
                                      const QByteArray &dg1, const QByteArray &dg11, const QByteArray &dg12,
                                      const QByteArray &dg13)
 {
-    if (!isReader())
+    if (cardHasGone())
         return;
     card.data.clearDg();
     card.data.loadDg("DG1", dg1);
@@ -148,7 +154,7 @@ void Window::loadedCerts(const QByteArray &authen, const QByteArray &presence, c
                          const QByteArrayList &qual)
 {
     qDebug().noquote() << "all certs loaded";
-    if (!isReader())
+    if (cardHasGone())
         return;
     card.certs.setCerts(CertStore::Authentication, authen);
     if (!presence.isEmpty()) {
@@ -182,7 +188,7 @@ void Window::fillNamesFromCertificate(const QByteArray &der)
 
 void Window::loadedPhoto(const QByteArray &dg2)
 {
-    if (!isReader()) {
+    if (cardHasGone()) {
         photoLoader->stop();
         return;
     }
@@ -200,7 +206,7 @@ void Window::loadedPhoto(const QByteArray &dg2)
     if (isPage(ui->pageAllData))
         showPhotoIn(ui->lPhotoLarge);
     // On a slow card the user may have gone on meanwhile, and what is typed there must not go astray.
-    if (isPage(ui->pageHome))
+    if (isPage(ui->pageHome) && ui->loading->isHidden())
         focusAloud(ui->widgetBlurICAO);
     checkReaderWarning(ui->cbReaders->currentText());
 }
@@ -229,6 +235,8 @@ void Window::clearPerson()
         label->parentWidget()->setAccessibleName({});
     }
     ui->widgetBlurICAO->setAccessibleName({});
+    ui->lNumOfQualifiedCerts->clear();
+    ui->labelTitleQualifiedCert->setAccessibleName({});
     ui->tableCert->clear();
     TemporaryCertificate::remove();
 }

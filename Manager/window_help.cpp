@@ -8,16 +8,20 @@
 #include "base/common.h"
 #include "gui/sys_info_gui.h"
 #include "ipc/ipc.h"
+#include "platform/open_outside.h"
 #include "platform/os.h"
 #include "ui_window.h"
 #include "web_addresses.h"
 
 #include <QDebug>
-#include <QDesktopServices>
 #include <QDir>
 #include <QUrl>
 
 namespace {
+
+// Characters of one visit. A sibling may send what nobody has asked for, and without end.
+constexpr int longestDiagnosis = 64 * 1024;
+constexpr char furtherDiagnosis[] = "Dalsza diagnostyka czytników została pominięta.";
 
 constexpr char reportPattern[] = "{version}{system}{logs}{config}{screens}{browsers}{readers}";
 
@@ -36,6 +40,8 @@ QString withLogsActive(QString html, const QString &folder)
 
 void Window::moveToHelpPage()
 {
+    if (heldMessages)
+        return;
     ui->bHelp->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();
@@ -49,6 +55,7 @@ void Window::moveToHelpPage()
 void Window::getSystemInfo()
 {
     ui->bDiagnosticStart->setEnabled(false);
+    diagnosisLength = 0;
     const QString report = SysInfoGui().info(app->rootDir(), reportPattern);
     // Links act here and nowhere else; of the two switches the first decides.
     ui->tDiagnosticsRaport->setOpenLinks(false);
@@ -62,7 +69,11 @@ void Window::ipcDiagnoseReaders(const IpcMsg &m)
 {
     // Also if the user has left the page meanwhile.
     const QString diagnosis = QString::fromUtf8(m.param("diagnoseReaders"));
-    ui->tDiagnosticsRaport->append("<br>" + SysInfoGui::escaped(diagnosis));
+    if (diagnosisLength <= longestDiagnosis) {
+        diagnosisLength += diagnosis.size() + 1;
+        const bool fits = diagnosisLength <= longestDiagnosis;
+        ui->tDiagnosticsRaport->append("<br>" + (fits ? SysInfoGui::escaped(diagnosis) : QString(furtherDiagnosis)));
+    }
     ui->bDiagnosticStart->setEnabled(true);
     ui->bHelp->setEnabled(true);
 }
@@ -75,7 +86,7 @@ void Window::copyRaport()
 
 void Window::openHelpWebsite()
 {
-    QDesktopServices::openUrl(QUrl(WebAddresses::help));
+    openOutside(QUrl(WebAddresses::help));
 }
 
 void Window::onDiagnosticsRaportAnchorClicked(const QUrl &link)
@@ -84,7 +95,7 @@ void Window::onDiagnosticsRaportAnchorClicked(const QUrl &link)
     const QString folder = Os().logsDir();
     if (address == SysInfoGui::openFolder) {
         qDebug().noquote() << "Opening logs folder";
-        if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
+        if (!openOutside(QUrl::fromLocalFile(folder)))
             qDebug().noquote() << "Opening logs folder failed";
     } else if (address == SysInfoGui::createFolder) {
         qDebug().noquote() << "Creating logs directory";

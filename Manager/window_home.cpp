@@ -135,8 +135,8 @@ void Window::showPinWords()
         const QString word = card.words.value(row.conteiner);
         setCardButtonText(row.button, word);
         // In step with what is written on it.
-        if (row.spoken && !word.isEmpty())
-            row.button->setAccessibleName(word + row.spoken);
+        if (row.spoken)
+            row.button->setAccessibleName(word.isEmpty() ? QString() : word + row.spoken);
     }
 }
 

@@ -47,6 +47,10 @@ void Window::recvIpcMsg(const IpcMsg &m)
     };
     if (m.to() != ipc->name())
         return;
+    if (heldMessages && !m.payloadKeys().contains("close")) {
+        heldMessages->append(m);
+        return;
+    }
     IpcMsg answer;
     answer.setEncryptionId(m.encryptionId());
     for (const QByteArray &key : m.payloadKeys()) {
@@ -57,7 +61,7 @@ void Window::recvIpcMsg(const IpcMsg &m)
         }
         const auto command = commands.find(key);
         if (command == commands.end())
-            qDebug().noquote() << "unknown ipc " << key;
+            qDebug().noquote() << "unknown ipc " << IpcMsg::keyForLog(key);
         else
             (*command)(m);
     }
@@ -82,7 +86,9 @@ bool Window::readersNeedReload(const QString &value, const QStringList &names, c
         return false;
     if (!value.isEmpty() && !isReader())
         return true;
-    if ((!value.isEmpty() || isReader()) && !names.contains(ui->cbReaders->currentText()))
+    // An empty box is in no list, though the text behind the last "||" is empty too.
+    const QString current = ui->cbReaders->currentText();
+    if ((!value.isEmpty() || isReader()) && (current.isEmpty() || !names.contains(current)))
         return true;
     return isPage(ui->pageNoElectricLayer);
 }

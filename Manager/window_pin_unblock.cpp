@@ -82,6 +82,7 @@ void Window::describePukPage()
     ui->lineInsertPuk->setAccessibleName("Wprowadź ośmiocyfrowy PUK");
     ui->lineInsertPuk->setAccessibleDescription(PinTexts::triesLeft(card.pukTries));
     const QString word = PinTexts::digitWord(pinDigits(conteiner));
+    ui->lineNewPinPuk->setAccessibleName(ui->lNewPin_2->text());
     ui->lineNewPinPuk->setAccessibleDescription("Wprowadź nowy " + word + "cyfrowy PIN.");
     // A repetition that was wrong at the visit before is named so still.
     ui->lineRepeatPinPuk->setAccessibleName(ui->lRepeatPin_2->text());

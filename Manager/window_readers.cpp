@@ -135,8 +135,11 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
     const QString text = "Brak połączenia \n" + message;
     ui->lDisconnect->setText(text);
     ui->lDisconnect->setAccessibleName(Common::plainText(text));
-    // Later, so that a screen reader announces it after the page has settled.
-    QTimer::singleShot(focusDelay, ui->lDisconnect, [label = ui->lDisconnect] { label->setFocus(); });
+    // Later, so that a screen reader announces it after the page has settled. By then the user may have gone on.
+    QTimer::singleShot(focusDelay, this, [this] {
+        if (isPage(ui->pageDisconected) && ui->loading->isHidden())
+            ui->lDisconnect->setFocus();
+    });
 }
 
 void Window::setHomeParams()

@@ -8,6 +8,7 @@
 #include "base/crypto.h"
 #include "base/settings.h"
 #include "browser/integrator.h"
+#include "gui/spoken_focus.h"
 #include "ui_window.h"
 
 #include <QDebug>
@@ -34,6 +35,8 @@ void forgetRememberedCan(Settings &settings)
 
 void Window::moveToSettingsPage(bool standalone)
 {
+    if (heldMessages)
+        return;
     ui->bSettings->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();
@@ -45,6 +48,8 @@ void Window::moveToSettingsPage(bool standalone)
         ui->bWroc->setVisible(isReader());
     ui->bIntegrate->setEnabled(integrationAppsCount >= 1);
     ui->bSettings->setEnabled(true);
+    // Else it would stay on the other button of the footer.
+    focusAloud(ui->pageSettings);
 }
 
 void Window::reloadSettingPage()
@@ -70,6 +75,10 @@ void Window::integrateApps()
     if (empty)
         return;
     loaderShow("Proszę czekać...");
+    // The page would be built anew, and the ticks that are to be carried out with it.
+    heldMessages.emplace();
+    ui->bSettings->setEnabled(false);
+    ui->bHelp->setEnabled(false);
     QTimer::singleShot(paintingTime, this, &Window::integrateApps2);
 }
 
@@ -77,6 +86,10 @@ void Window::integrateApps2()
 {
     integrator->checksSubmit(ui->layoutChecks);
     integrationEnds();
+    const QList<IpcMsg> held = heldMessages.value_or(QList<IpcMsg>());
+    heldMessages.reset();
+    for (const IpcMsg &message : held)
+        recvIpcMsg(message);
 }
 
 void Window::integrationEnds()

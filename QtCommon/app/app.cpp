@@ -6,6 +6,7 @@
 #include "app/version.h"
 #include "base/common.h"
 #include "base/ipc_msg.h"
+#include "base/own_environment.h"
 #include "base/platform.h"
 #include "base/segment.h"
 #include "base/settings.h"
@@ -84,13 +85,16 @@ void App::initQApp()
 {
     QCoreApplication::setApplicationName(productName() + ' ' + appId + "64");
     QCoreApplication::setOrganizationName("Ostrel");
-    // One path a letter, which adds no useful path. It is meant and must not become the whole folder.
+    // One path a letter, which adds no useful path. It is meant and must not become the whole folder. Such a path is a
+    // folder of wherever the user has started the program, or the root of the drive: no plugin comes from there.
+    const QStringList paths = QCoreApplication::libraryPaths();
     for (const QChar letter : libDir(arch))
         QCoreApplication::addLibraryPath(QString(letter));
+    QCoreApplication::setLibraryPaths(paths);
     qDebug().noquote() << "used platform plugin: " << QGuiApplication::platformName();
     if (QGuiApplication::platformName() == "minimal")
         return;
-    qputenv("QT_QPA_FONTDIR", ":/");
+    OwnEnvironment::set("QT_QPA_FONTDIR", ":/");
     loadFonts();
     settings->value(SettingsKey::language);
     if (translators[2].load("qtbase_pl", QLibraryInfo::location(QLibraryInfo::TranslationsPath)))

@@ -1,5 +1,7 @@
 #include "app/app_lock.h"
 
+#include "base/own_segment.h"
+
 #include <QDebug>
 
 CommonAppLock::CommonAppLock(const QString &lockKey, int lockSize) : size(lockSize)
@@ -22,18 +24,23 @@ void CommonAppLock::set(const QString &lockKey, int lockSize)
 
 bool CommonAppLock::create()
 {
-    return memory && memory->create(size, QSharedMemory::ReadWrite);
+    return memory && OwnSegment::create(*memory, size);
 }
 
 bool CommonAppLock::lock()
 {
     bool created = create();
-    if (!created) {
+    bool foreign = false;
+    if (!created && memory) {
         // Where a segment outlives a process that was killed, the last one to leave it takes it away.
-        if (memory && memory->attach(QSharedMemory::ReadWrite))
+        if (OwnSegment::attach(*memory))
             memory->detach();
+        foreign = OwnSegment::isForeign(*memory);
         created = create();
     }
+    // Somebody else's segment must not keep this user from the program, which then has no inbox.
+    if (!created && foreign)
+        return true;
     if (!created) {
         qDebug().noquote() << "Another '" + key + "' app seems to be running";
         return false;
@@ -56,11 +63,11 @@ void CommonAppLock::unlock()
 
 bool CommonAppLock::isHeld()
 {
-    if (!memory || !memory->attach())
+    if (!memory || !OwnSegment::attach(*memory))
         return false;
     memory->detach();
     // The second time tells a living program from a segment that was only left behind.
-    const bool held = memory->attach();
+    const bool held = OwnSegment::attach(*memory);
     memory->detach();
     return held;
 }

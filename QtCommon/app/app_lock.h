@@ -18,6 +18,7 @@ public:
     CommonAppLock &operator=(const CommonAppLock &) = delete;
 
     void set(const QString &key, int size);
+    // False if another process has it. True without a segment where somebody else's account has taken its name.
     bool lock();
     void unlock();
 

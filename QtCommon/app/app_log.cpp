@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMutex>
 
 #include <cstdio>
 
@@ -17,7 +16,6 @@ struct LogState {
     QString logDir;
     QString logFile;
     QElapsedTimer timer;
-    QMutex turn; // to append
 };
 
 // Never destroyed: the last lines are written while the process-wide objects go.
@@ -30,17 +28,8 @@ LogState &state()
 void appendLine(const QString &path, const QString &text)
 {
     const QString line = QDateTime::currentDateTime().toString(Qt::ISODateWithMs) + ' ' + text;
-    // Not every system appends as one step, so the threads take turns. A thread that was ended by force while it had
-    // the turn must not silence the others: they wait a moment and write all the same.
-    QMutex &turn = state().turn;
-    constexpr int patience = 1000;
-    const bool mine = turn.tryLock(patience);
-    if (std::FILE *file = Platform::openForAppending(path)) {
-        std::fprintf(file, "%s\n", line.toLocal8Bit().constData());
-        std::fclose(file);
-    }
-    if (mine)
-        turn.unlock();
+    // Both threads write here, without taking turns: one that was ended by force in its turn would silence the other.
+    Platform::appendLine(path, line.toLocal8Bit());
 }
 
 void printLine(const QString &text)

@@ -1,6 +1,6 @@
 #include "app/process.h"
 
-#include "base/platform.h"
+#include "base/own_environment.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -32,7 +32,7 @@ void CommonProcess::start(const QString &program, const QStringList &args)
     auto *process = new QProcess;
     QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), process,
                      [process](int exitCode, QProcess::ExitStatus status) { logEnd(process, exitCode, status); });
-    process->setProcessEnvironment(Platform::childEnvironment());
+    process->setProcessEnvironment(OwnEnvironment::forChild(OwnEnvironment::Child::Sibling));
     qDebug().noquote() << "run:" << program << '(' + args.join(", ") + ')';
     process->start(program, args, QIODevice::ReadWrite);
 }

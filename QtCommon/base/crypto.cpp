@@ -47,6 +47,9 @@ QByteArray failed(const char *reason)
     return {};
 }
 
+// Of conversations that nobody has ended; whoever sends can begin one.
+constexpr int maxKeys = 64;
+
 } // namespace
 
 QByteArray Crypto::generateKey(const QByteArray &A, QByteArray &B) const
@@ -99,7 +102,11 @@ QByteArray Crypto::generateKey(const QByteArray &A, QByteArray &B) const
 
 void Crypto::storeKey(const QByteArray &id, const QByteArray &key)
 {
+    if (!keys.contains(id))
+        ids << id;
     keys.insert(id, key);
+    if (ids.size() > maxKeys)
+        keys.remove(ids.takeFirst());
 }
 
 QByteArray Crypto::getKey(const QByteArray &id) const

@@ -17,7 +17,7 @@ public:
     // without leading zeros: 32 bytes.
     QByteArray generateKey(const QByteArray &A, QByteArray &B) const;
 
-    // A later key under the same id replaces the former.
+    // A later key under the same id replaces the former. Of more than 64 the oldest go.
     void storeKey(const QByteArray &id, const QByteArray &key);
     QByteArray getKey(const QByteArray &id) const;
 
@@ -35,4 +35,5 @@ public:
 
 private:
     QMap<QByteArray, QByteArray> keys;
+    QByteArrayList ids; // oldest first
 };

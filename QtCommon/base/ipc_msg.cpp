@@ -61,6 +61,11 @@ QByteArray forLog(const QByteArray &key, const QByteArray &value)
 
 } // namespace
 
+QByteArray IpcMsg::keyForLog(const QByteArray &key)
+{
+    return Common::isPrintableUtf8(key) ? key : key.toHex();
+}
+
 IpcMsg::IpcMsg(std::initializer_list<Entry> entries)
 {
     for (const Entry &entry : entries)
@@ -137,6 +142,6 @@ QString IpcMsg::toString() const
 {
     QByteArray text;
     for (auto it = params.begin(); it != params.end(); ++it)
-        text += (text.isEmpty() ? "" : ", ") + it.key() + ':' + forLog(it.key(), bytesOf(it.value()));
+        text += (text.isEmpty() ? "" : ", ") + keyForLog(it.key()) + ':' + forLog(it.key(), bytesOf(it.value()));
     return QString::fromUtf8(text.constData(), text.size());
 }

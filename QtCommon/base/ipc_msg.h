@@ -57,6 +57,8 @@ public:
 
     // For the log: "key:value" with long values shortened, binary ones in hexadecimal, and "#" for what could be a CAN.
     QString toString() const;
+    // A key as it may stand in the log: one that is not printable, which could write lines of its own, in hexadecimal.
+    static QByteArray keyForLog(const QByteArray &key);
 
 private:
     QMap<QByteArray, QVariant> params;

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QProcessEnvironment>
 #include <QString>
 
-#include <cstdio>
 #include <optional>
 
 // What differs between the two platforms below the level of Os: names, paths and the few process-wide switches that are
@@ -35,7 +33,8 @@ QString readersConfPath(const QString &product);
 // Time of creation of a folder in seconds since 1970, nothing if the system does not tell.
 std::optional<quint64> folderCreated(const QString &path);
 
-// A private folder for temporary files and shared-memory keys, where the platform offers one and the user named none.
+// A private folder for temporary files and shared-memory keys, unless the user has named one: that of the login, or one
+// beside the log folder where a login has none.
 void usePrivateTempDir(const QByteArray &product);
 
 // Whether a terminated thread can go on: cancellation is a request on some systems.
@@ -50,9 +49,6 @@ void leaveAtOnce(int exitCode);
 void avoidOpenGl();
 void allowOpenGl();
 
-// The environment for programs that this one starts: without what was set for its own toolkit alone.
-QProcessEnvironment childEnvironment();
-
 // While it lives, a font configuration that is asked for the first time is empty. For the end of an application that
 // never drew a letter: the toolkit reads the whole configuration there, only to drop it.
 class EmptyFontConfiguration {
@@ -66,8 +62,13 @@ private:
     QByteArray file;
 };
 
-// Opens a file for appending lines, null if that fails.
-std::FILE *openForAppending(const QString &path);
+// Appends a line to a file, which is made if it is not there, in one write that no other can get into. The line ends as
+// lines do on the platform.
+void appendLine(const QString &path, const QByteArray &line);
+
+// From here on the system's loader looks for libraries beside the program and in the system's folders, not in the
+// current folder, nor in those of PATH before them. First of all in main().
+void distrustCurrentFolder();
 
 // Names the platform plugin, where the program insists on one.
 void choosePlatformPlugin();

@@ -1,5 +1,7 @@
 #include "base/platform.h"
 
+#include "base/own_environment.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -13,13 +15,18 @@ namespace {
 
 constexpr char openGlVariable[] = "QT_XCB_GL_INTEGRATION";
 constexpr char fontVariable[] = "FONTCONFIG_FILE";
-bool openGlAvoided = false;
 
 // A base folder of the XDG rules: the variable if it names an absolute path, else the default below the home folder.
 QString xdgDir(const char *variable, const QString &fallback)
 {
     const QString value = QFile::decodeName(qgetenv(variable));
     return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + '/' + fallback;
+}
+
+// Made now, or there already and then made ours alone.
+bool isPrivateFolder(const QByteArray &folder)
+{
+    return mkdir(folder.constData(), 0700) == 0 || (errno == EEXIST && chmod(folder.constData(), 0700) == 0);
 }
 
 } // namespace
@@ -73,13 +80,23 @@ std::optional<quint64> folderCreated(const QString &path)
 
 void usePrivateTempDir(const QByteArray &product)
 {
-    const QByteArray runtimeDir = qgetenv("XDG_RUNTIME_DIR");
-    if (!qEnvironmentVariableIsEmpty("TMPDIR") || !runtimeDir.startsWith('/'))
+    if (!qEnvironmentVariableIsEmpty("TMPDIR"))
         return;
-    const QByteArray folder = runtimeDir + '/' + product;
-    // One that is there already must be ours alone as well.
-    if (mkdir(folder.constData(), 0700) == 0 || (errno == EEXIST && chmod(folder.constData(), 0700) == 0))
-        qputenv("TMPDIR", folder);
+    const QByteArray runtimeDir = qgetenv("XDG_RUNTIME_DIR");
+    const QString stateDir = xdgDir("XDG_STATE_HOME", ".local/state");
+    // Not within the log folder, whose existence alone would switch the log on.
+    const QByteArray folders[] = { runtimeDir.startsWith('/') ? runtimeDir + '/' + product : QByteArray(),
+                                   QFile::encodeName(stateDir) + '/' + product + "-run" };
+    for (const QByteArray &folder : folders) {
+        if (folder.isEmpty())
+            continue;
+        if (&folder == &folders[1])
+            QDir().mkpath(stateDir);
+        if (isPrivateFolder(folder)) {
+            OwnEnvironment::set("TMPDIR", folder);
+            return;
+        }
+    }
 }
 
 bool threadsCanRefuseToEnd()
@@ -94,23 +111,13 @@ void leaveAtOnce(int exitCode)
 
 void avoidOpenGl()
 {
-    openGlAvoided = qEnvironmentVariableIsEmpty(openGlVariable);
-    if (openGlAvoided)
-        qputenv(openGlVariable, "none");
+    if (qEnvironmentVariableIsEmpty(openGlVariable))
+        OwnEnvironment::set(openGlVariable, "none");
 }
 
 void allowOpenGl()
 {
-    if (openGlAvoided)
-        qunsetenv(openGlVariable);
-}
-
-QProcessEnvironment childEnvironment()
-{
-    auto environment = QProcessEnvironment::systemEnvironment();
-    if (openGlAvoided)
-        environment.remove(openGlVariable);
-    return environment;
+    OwnEnvironment::restore(openGlVariable);
 }
 
 EmptyFontConfiguration::EmptyFontConfiguration()
@@ -138,9 +145,23 @@ EmptyFontConfiguration::~EmptyFontConfiguration()
     unlink(file.constData());
 }
 
-std::FILE *openForAppending(const QString &path)
+void appendLine(const QString &path, const QByteArray &line)
 {
-    return std::fopen(QFile::encodeName(path).constData(), "a+");
+    constexpr mode_t everyone = 0666; // less what the user's mask takes
+    const int descriptor =
+        open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, everyone);
+    if (descriptor < 0)
+        return;
+    const QByteArray whole = line + '\n';
+    // A full disk cuts the line; there is nobody to tell.
+    const ssize_t written = write(descriptor, whole.constData(), static_cast<size_t>(whole.size()));
+    Q_UNUSED(written)
+    close(descriptor);
+}
+
+void distrustCurrentFolder()
+{
+    // The loader never looks there.
 }
 
 void choosePlatformPlugin() { }

@@ -1,6 +1,7 @@
 #include "base/platform.h"
 
-#include <cstdio>
+#include "base/own_environment.h"
+
 #include <sys/stat.h>
 #include <windows.h>
 
@@ -71,23 +72,39 @@ void avoidOpenGl() { }
 
 void allowOpenGl() { }
 
-QProcessEnvironment childEnvironment()
-{
-    return QProcessEnvironment::systemEnvironment();
-}
-
 EmptyFontConfiguration::EmptyFontConfiguration() = default;
 
 EmptyFontConfiguration::~EmptyFontConfiguration() = default;
 
-std::FILE *openForAppending(const QString &path)
+void appendLine(const QString &path, const QByteArray &line)
 {
-    return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), L"a+");
+    // With no other right than this one the system itself puts each write at the end.
+    const HANDLE file = CreateFileW(reinterpret_cast<const wchar_t *>(path.utf16()), FILE_APPEND_DATA,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return;
+    const QByteArray whole = QByteArray(line).replace('\n', "\r\n") + "\r\n";
+    DWORD written = 0;
+    WriteFile(file, whole.constData(), static_cast<DWORD>(whole.size()), &written, nullptr);
+    CloseHandle(file);
+}
+
+void distrustCurrentFolder()
+{
+    // Windows 7 has the first of these by an update only; the second leaves PATH, as the last of all.
+    using SetDirectories = BOOL(WINAPI *)(DWORD);
+    constexpr DWORD defaultFolders = 0x1000; // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
+    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    const auto setDirectories =
+        reinterpret_cast<SetDirectories>(reinterpret_cast<void *>(GetProcAddress(kernel, "SetDefaultDllDirectories")));
+    if (!setDirectories || !setDirectories(defaultFolders))
+        SetDllDirectoryW(L"");
 }
 
 void choosePlatformPlugin()
 {
-    qputenv("QT_QPA_PLATFORM", "windows:fontengine=freetype");
+    OwnEnvironment::set("QT_QPA_PLATFORM", "windows:fontengine=freetype");
 }
 
 } // namespace Platform

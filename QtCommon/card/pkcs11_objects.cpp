@@ -14,6 +14,17 @@ namespace {
 // Many times the largest object of a card, a photo of some tens of kilobytes. More than this is a nonsense answer.
 constexpr CK_ULONG maxAttributeSize = 16UL * 1024 * 1024;
 
+// Far above any card. A library that always finds one more would keep the worker for ever.
+constexpr int maxObjects = 4096;
+
+bool isTooMany(int found)
+{
+    if (found < maxObjects)
+        return false;
+    qDebug().noquote() << "more objects than a card can have, search ended";
+    return true;
+}
+
 } // namespace
 
 QMap<QString, QVariant> Pkcs11::tokenInfo(const QString &reader, const QString &conteiner)
@@ -111,7 +122,7 @@ int Pkcs11::certsCount(const QString &reader, const QString &conteiner)
     if (!tokenObjectsInit(reader, conteiner, session))
         return 0;
     int certs = 0;
-    while (true) {
+    for (int found = 0; !isTooMany(found); ++found) {
         CK_OBJECT_HANDLE object = 0;
         CK_ULONG count = 0;
         const CK_RV rv = cryptoki->functions->C_FindObjects(static_cast<quint32>(session), &object, 1, &count);
@@ -133,7 +144,7 @@ QList<pkcsDataObj> Pkcs11::tokenObjects(const QString &reader, const QString &co
     long session = 0;
     if (!tokenObjectsInit(reader, conteiner, session))
         return objects;
-    while (true) {
+    for (int found = 0; !isTooMany(found); ++found) {
         CK_OBJECT_HANDLE object = 0;
         CK_ULONG count = 0;
         if (cryptoki->functions->C_FindObjects(static_cast<quint32>(session), &object, 1, &count) != CKR_OK) {

@@ -1,6 +1,7 @@
 #include "gui/gui_base.h"
 
 #include "base/common.h"
+#include "base/own_environment.h"
 #include "base/settings.h"
 #include "gui/box_shadow.h"
 #include "gui/scale_factor.h"
@@ -60,7 +61,7 @@ void GuiBase::calcScaleFactorEnv(QSize windowSize)
     if (!factors)
         return;
     qDebug().noquote() << "Scale factors:  " << *factors;
-    qputenv("QT_SCREEN_SCALE_FACTORS", factors->toLatin1());
+    OwnEnvironment::set("QT_SCREEN_SCALE_FACTORS", factors->toLatin1());
 }
 
 void GuiBase::frameSetup(QMainWindow *window, QWidget *frame, QSize size)

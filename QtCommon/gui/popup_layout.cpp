@@ -100,6 +100,8 @@ QSize Popup::roomFor(QSize content)
 
 void Popup::show(int width, int height)
 {
+    // Of a dialog that is shown again nothing of its last end.
+    result = 0;
     setVisibleParts();
     if (!customWidget && property("shadowButtons").toBool())
         setButtonShadows();

@@ -2,6 +2,7 @@
 
 #include "app/app.h"
 #include "base/common_c.h"
+#include "base/own_segment.h"
 #include "base/segment.h"
 
 #include <QDebug>
@@ -53,10 +54,10 @@ void IpcShm::start()
 
 bool IpcShm::attachOrCreate()
 {
-    if (memory->attach(QSharedMemory::ReadWrite))
+    if (OwnSegment::attach(*memory))
         return true;
     qDebug().noquote() << "create shm" << ownName;
-    if (memory->create(size, QSharedMemory::ReadWrite))
+    if (OwnSegment::create(*memory, size))
         return true;
     qDebug().noquote() << "shm not created:" << memory->errorString();
     return false;
@@ -80,8 +81,9 @@ QByteArray IpcShm::takeText()
 {
     if (!memory)
         return {};
-    if (!memory->isAttached())
-        memory->attach(QSharedMemory::ReadWrite);
+    // Without a word: this is asked ten times a second.
+    if (!memory->isAttached() && !OwnSegment::isForeign(*memory))
+        OwnSegment::attach(*memory);
     // The lock alone tells nothing of a segment: it can be had without one.
     if (!memory->isAttached() || !memory->lock())
         return {};
@@ -106,7 +108,7 @@ bool IpcShm::send(IpcMsg message)
     // are not text.
     const QByteArray bytes = QString::fromUtf8(message.serialize()).toUtf8();
     QSharedMemory inbox(message.shmKey());
-    if (!inbox.attach(QSharedMemory::ReadWrite)) {
+    if (!OwnSegment::attach(inbox)) {
         qDebug().noquote() << "send" << message.shmKey() << " - send command error! (the app probably is closed?)";
         return false;
     }
@@ -154,7 +156,7 @@ void IpcShm::stop()
         qDebug().noquote() << "detach " << key;
         return;
     }
-    if (!memory->isAttached() && !memory->attach(QSharedMemory::ReadWrite)) {
+    if (!memory->isAttached() && !OwnSegment::attach(*memory)) {
         qDebug().noquote() << " stop error";
         return;
     }

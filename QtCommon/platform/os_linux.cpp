@@ -1,7 +1,7 @@
 #include "platform/os_linux.h"
 
 #include "base/common.h"
-#include "base/platform.h"
+#include "base/own_environment.h"
 #include "platform/temporary_certificate.h"
 
 #include <QDebug>
@@ -59,7 +59,7 @@ void forgetClosedViewers()
 void startViewer(const QString &program, const QString &path, bool handsOver)
 {
     auto *process = new QProcess;
-    process->setProcessEnvironment(Platform::childEnvironment());
+    process->setProcessEnvironment(OwnEnvironment::forChild(OwnEnvironment::Child::Stranger));
     // A pipe of ours would end the viewer with us.
     process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());

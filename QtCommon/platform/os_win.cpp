@@ -1,6 +1,7 @@
 #include "platform/os_win.h"
 
 #include "base/common.h"
+#include "base/own_environment.h"
 #include "platform/temporary_certificate.h"
 
 #include <QDebug>
@@ -37,7 +38,11 @@ bool OsWin::certOpen(const QByteArray &der)
     // The path belongs to the line of rundll32, not to cmd: two arguments, not three.
     const QStringList args { "/c", "rundll32.exe cryptext.dll,CryptExtOpenCER " + path };
     qDebug().noquote() << "startDetached cmd.exe, args=" << args;
-    QProcess::startDetached("cmd.exe", args);
+    QProcess viewer;
+    viewer.setProgram("cmd.exe");
+    viewer.setArguments(args);
+    viewer.setProcessEnvironment(OwnEnvironment::forChild(OwnEnvironment::Child::Stranger));
+    viewer.startDetached();
     return true;
 }
 

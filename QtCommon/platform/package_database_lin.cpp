@@ -1,6 +1,6 @@
 #include "platform/package_database_lin.h"
 
-#include "base/platform.h"
+#include "base/own_environment.h"
 #include "platform/card_software.h"
 
 #include <QDebug>
@@ -80,7 +80,7 @@ Packages installed()
     if (program.isEmpty())
         return {};
     auto query = std::make_unique<QProcess>();
-    auto environment = Platform::childEnvironment();
+    auto environment = OwnEnvironment::forChild(OwnEnvironment::Child::Stranger);
     environment.insert("LC_ALL", "C.UTF-8");
     query->setProcessEnvironment(environment);
     query->setStandardErrorFile(QProcess::nullDevice());

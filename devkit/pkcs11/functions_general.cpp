@@ -63,6 +63,8 @@ extern "C" CK_RV C_Initialize(CK_VOID_PTR initArguments)
         if (call.module().initialized)
             return CKR_CRYPTOKI_ALREADY_INITIALIZED;
         call.module().initialized = true;
+        if (call.world().sessionsAnew)
+            call.module().numberSessionsAnew();
         return CKR_OK;
     });
 }

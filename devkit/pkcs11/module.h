@@ -49,11 +49,13 @@ public:
     std::shared_ptr<WorldStore> store();
     void chooseWorld();
 
-    // Handles count up for as long as the process lives, C_Finalize or not: an old handle never means a new session.
+    // Handles count up for as long as the process lives, C_Finalize or not: an old handle never means a new session,
+    // unless the world wants it so.
     CK_SESSION_HANDLE addSession(const Session &session);
     void closeSession(CK_SESSION_HANDLE handle);
     void closeSessions(CK_SLOT_ID slot);
     void forgetAll();
+    void numberSessionsAnew() { lastHandle = 0; }
     // A session does not outlive its card.
     void dropSessionsOfRemovedCards(const World &world);
 

@@ -211,6 +211,13 @@ Outcome pad(WorldOps &ops, const Words &words)
     return done(ops.pad(answer));
 }
 
+Outcome sessions(WorldOps &ops, const Words &words)
+{
+    if (words[0] != "anew" && words[0] != "ongoing")
+        return notUnderstood(ops, "sessions takes: anew, ongoing");
+    return done(ops.setSessionsAnew(words[0] == "anew"));
+}
+
 Outcome trace(WorldOps &ops, const Words &words)
 {
     bool on = false;
@@ -257,6 +264,8 @@ const struct Command {
     { "delay MS", 1, 1, delay, "every call of the library takes so much longer" },
     { "fault FUNCTION [KEY=VALUE ...] | clear", 1, 20, fault, "lets calls go wrong; \"velmor-sim help fault\"" },
     { "release", 0, 0, plain<&WorldOps::release>, "lets blocked calls go on" },
+    { "sessions anew|ongoing", 1, 1, sessions,
+      "session handles begin at 1 again at each C_Initialize, or never mean another session" },
     { "trace on|off|clear", 1, 1, trace, "the record of calls" },
     { "cards FOLDER", 1, 1, cards, "where the cards are looked for; \"\" for the usual places" },
 };

@@ -66,6 +66,7 @@ public:
     bool padUnblock(Text puk, Text newPin) { return step(&WorldOps::padUnblock, puk, newPin); }
     bool padFirstPin(Text puk, Text newPin) { return step(&WorldOps::padFirstPin, puk, newPin); }
     bool clearPad() { return step(&WorldOps::clearPad); }
+    bool setSessionsAnew(bool on) { return step(&WorldOps::setSessionsAnew, on); }
     bool setTraceOn(bool on) { return step(&WorldOps::setTraceOn, on); }
     bool clearTrace() { return step(&WorldOps::clearTrace); }
 

@@ -362,6 +362,12 @@ bool WorldOps::clearPad()
     return true;
 }
 
+bool WorldOps::setSessionsAnew(bool on)
+{
+    world.sessionsAnew = on;
+    return true;
+}
+
 bool WorldOps::setTraceOn(bool on)
 {
     world.traceOn = on;

@@ -50,6 +50,8 @@ public:
     bool padFirstPin(const std::string &puk, const std::string &newPin); // answers C_SetPIN of a first use
     bool clearPad();
 
+    // Whether an old handle can be that of a new session, as it can with some libraries.
+    bool setSessionsAnew(bool on);
     bool setTraceOn(bool on);
     bool clearTrace();
 

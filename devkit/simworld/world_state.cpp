@@ -89,6 +89,7 @@ void worldValues(ConfigValues values, World &world)
     values.textIfGiven("cards", world.cardsDirectory);
     values.number("delay", world.delayMs);
     values.flag("trace", world.traceOn, "on", "off");
+    values.flag("sessionsAnew", world.sessionsAnew);
     values.number("lastInsertion", world.lastInsertion);
     values.number("lastEvent", world.lastEvent);
 }

@@ -19,6 +19,7 @@ struct World {
     std::string cardsDirectory;
     int delayMs = 0;
     bool traceOn = true;
+    bool sessionsAnew = false; // handles of sessions begin at 1 at each C_Initialize
     int lastInsertion = 0; // never starts again, so that a session cannot meet a later card by accident
     long lastEvent = 0;
     std::vector<WorldReader> readers;

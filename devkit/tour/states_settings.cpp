@@ -1,5 +1,7 @@
 #include "states.h"
 
+#include "base/ipc_msg.h"
+
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
@@ -72,6 +74,34 @@ bool settings(Tour &tour)
     return true;
 }
 
+// As it stands on Windows, where the other browsers need nothing.
+bool withoutOtherBrowsers(Tour &tour)
+{
+    delete tour.find<QCheckBox>(otherBrowsers);
+    return true;
+}
+
+bool settingsOfWindows(Tour &tour)
+{
+    return settings(tour) && withoutOtherBrowsers(tour);
+}
+
+// The page with which the program opens, once the Monitor has told of a reader with a card.
+bool start(Tour &tour)
+{
+    if (!installFirefox() || !makeProfiles(false))
+        return false;
+    tour.window->reloadSettingPage();
+    tour.window->recvIpcMsg(
+        IpcMsg { { "to", "velmor_manager" }, { "readers", QByteArray("0:") + Tour::reader + "||" } });
+    return tour.page() == "pageSettings" && !tour.find("bWroc")->isHidden();
+}
+
+bool startOfWindows(Tour &tour)
+{
+    return start(tour) && withoutOtherBrowsers(tour);
+}
+
 bool connectedAll(Tour &tour)
 {
     return installFirefox() && makeProfiles(false) && submit(tour, { "Firefox", otherBrowsers });
@@ -115,5 +145,8 @@ QVector<State> settingsStates()
         { "settings-options-unchanged", "anna", optionsUnchanged },
         { "settings-options-saved", "anna", optionsSaved },
         { "settings-take-card-off", "anna", takeCardOff },
+        { "manual-start", "", start },
+        { "manual-start-windows", "", startOfWindows },
+        { "manual-settings-windows", "anna", settingsOfWindows },
     };
 }

@@ -1,5 +1,7 @@
 #include "support/flow.h"
 
+#include <QTextDocument>
+
 namespace {
 
 // Made with openssl: SN=Nowakowska, CN=Maksymiliana Konstancja Aleksandra Wilhelmina Nowakowska, an invented person.
@@ -48,6 +50,15 @@ private slots:
                  QString("Zmień PIN: certyfikat do identyfikacji i uwierzytelniania"));
         QCOMPARE(flow->button("bChangePinAuthorCert")->accessibleName(),
                  QString("Odblokuj PIN: certyfikat do podpisu osobistego"));
+    }
+
+    // A card that could not be asked for its PIN gives an empty word, and what was said of the one before must go.
+    void pinButtonWithoutAWordIsSpokenWithoutOne()
+    {
+        QVERIFY(flow->showCard("locked-authorization"));
+        flow->window->refreshCertsStatus({}, {}, "Zmień PIN", 3, 3, 3, 3);
+        for (const char *name : { "bChangePinAuthenCert", "bChangePinAuthorCert" })
+            QCOMPARE(flow->button(name)->accessibleName(), QString());
     }
 
     void tilesCarryTheirTitlesAndTextsFromTheStart()
@@ -210,6 +221,22 @@ private slots:
         for (const char *tile : containers)
             QCOMPARE(flow->widget(tile)->property("MouseOver"), QVariant(false));
         QCOMPARE(flow->widget("icao")->property("MouseOver"), QVariant(true));
+    }
+
+    // What a card carries is never markup in a tool tip, where the toolkit would take it for such.
+    void markupInANameIsShownAsItIs()
+    {
+        QVERIFY(flow->showCard("anna"));
+        const QString name = "<b>Nowakowska</b>-Konstantynopolitańczykiewiczówna & Brzęczyszczykiewicz";
+        flow->label("lsurnameVal")->setText(name);
+
+        flow->window->loadedCerts({}, {}, {}, {});
+
+        const QString tip = flow->label("lsurnameVal")->toolTip();
+        QVERIFY(Qt::mightBeRichText(tip));
+        QTextDocument shown;
+        shown.setHtml(tip);
+        QCOMPARE(shown.toPlainText(), name);
     }
 
     void longNamesFromTheCertificateAreCutToo()

@@ -169,6 +169,7 @@ private slots:
 
         QCOMPARE(field("lineInsertPuk")->accessibleName(), QString("Wprowadź ośmiocyfrowy PUK"));
         QCOMPARE(field("lineInsertPuk")->accessibleDescription(), QString("Pozostało prób: 2"));
+        QCOMPARE(field("lineNewPinPuk")->accessibleName(), flow->label("lNewPin_2")->text());
         QCOMPARE(field("lineNewPinPuk")->accessibleDescription(), "Wprowadź nowy " + word + "cyfrowy PIN.");
         QCOMPARE(field("lineRepeatPinPuk")->accessibleDescription(), QString("Powtórz nowy PIN."));
         QCOMPARE(flow->label("lUnblockPinDetails")->accessibleName(),

@@ -352,6 +352,16 @@ private slots:
 
         QTEST(!flow->widget("warningFrame")->isHidden(), "shown");
     }
+    // Its name makes the box read like a sentence about a missing reader, and nothing else.
+    void readerWithBrakInItsNameShowsItsCard()
+    {
+        const QString name = "Czytnik BRAKnet 2";
+        QVERIFY(flow->showCard("anna", name.toStdString()));
+        QCOMPARE(flow->page(), QString("pageHome"));
+        QCOMPARE(flow->label("lsurnameVal")->text(), QString("Wiśniewska"));
+        QVERIFY(flow->photoArrived());
+        QCOMPARE(flow->readersBox()->currentText(), name);
+    }
 
 private:
     void problemRows()

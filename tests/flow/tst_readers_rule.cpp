@@ -184,6 +184,47 @@ private slots:
         QCOMPARE(flow->page(), QString("pageHome"));
     }
 
+    // An empty list empties the box; the text behind the last "||" of a list is empty too, and no reader.
+    void emptyBoxIsInNoList()
+    {
+        flow->openWindow();
+        goTo("pageHome");
+        flow->window->loadedReaders({});
+        QCOMPARE(flow->readersBox()->currentText(), QString());
+        flow->world.insertCard("Czytnik Alfa", "anna");
+        LogCatcher log;
+
+        receiveReaders("0:Czytnik Alfa||");
+
+        QCOMPARE(log.lines().first(), QString("load new readers"));
+        QVERIFY(flow->waitForCard());
+        QCOMPARE(flow->readersBox()->currentText(), QString("Czytnik Alfa"));
+    }
+
+    // One failure of the library, and a Monitor that answers at once, each time.
+    void cardIsReadAfterTheLibraryFailedOnce()
+    {
+        flow->world.insertCard("Czytnik Alfa", "anna");
+        sim::Fault once;
+        once.function = "C_Initialize";
+        once.nth = 1;
+        once.result = 0x30;
+        QVERIFY(flow->world.addFault(once));
+        flow->openWindow();
+        goTo("pageHome");
+        RawInbox monitor("velmor_monitor", 500);
+        flow->window->loadAll();
+        const auto answered = [&] {
+            if (monitor.text().contains("getReadersWithPace")) {
+                monitor.clear();
+                receiveReaders("0:Czytnik Alfa||");
+            }
+            return flow->photoArrived();
+        };
+        QVERIFY(QTest::qWaitFor(answered, 10000));
+        QVERIFY(!flow->loaderShown());
+    }
+
     void errorOnTheHelpPageChangesTheBoxAlone()
     {
         QVERIFY(flow->showCard("anna"));

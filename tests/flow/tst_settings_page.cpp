@@ -1,3 +1,4 @@
+#include "base/ipc_msg.h"
 #include "base/platform.h"
 #include "base/settings.h"
 #include "browser/integrator.h"
@@ -209,6 +210,71 @@ private slots:
         flow->button("bIntegrate")->click();
         QVERIFY(waitForResult());
         QVERIFY(clock.elapsed() >= 500);
+    }
+
+    // Until the result stands, nothing leads off the page, and the ticks are carried out.
+    void nothingLeadsOffThePageBeforeTheResult_data()
+    {
+        QTest::addColumn<QByteArray>("way");
+        for (const char *way : { "bSettings", "bHelp", "settings", "help", "windowFocus", "readers" })
+            QTest::newRow(way) << QByteArray(way);
+    }
+    void nothingLeadsOffThePageBeforeTheResult()
+    {
+        QFETCH(QByteArray, way);
+        const ProfileFolder files = profile("128.0");
+        openSettingsWithACard();
+        check("Firefox")->setChecked(true);
+        flow->button("bIntegrate")->click();
+        LogCatcher log;
+
+        if (way.startsWith('b')) {
+            QVERIFY(!flow->button(way.constData())->isEnabled());
+            // Also where something has switched it on again.
+            flow->button(way.constData())->setEnabled(true);
+            flow->button(way.constData())->click();
+        } else {
+            const QByteArray value = way == "readers" ? "0:Czytnik Alfa||" : "1";
+            flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { way, value } });
+        }
+
+        QCOMPARE(flow->page(), QString("pageSettings"));
+        QCOMPARE(flow->title(), QString("Ustawienia"));
+        QVERIFY(!log.has("show settings") && !log.has("show help"));
+        QVERIFY(QTest::qWaitFor([&files] { return files.has("user.js"); }));
+        QTRY_VERIFY(!flow->label("lIntegration")->accessibleName().isEmpty() || way == "settings");
+        QTRY_VERIFY(!flow->loaderShown());
+        QVERIFY(flow->button("bSettings")->isEnabled());
+    }
+
+    // Each in its turn, once the result stands.
+    void messagesOfTheMeantimeAreTreatedAfterTheResult()
+    {
+        openSettingsWithACard();
+        flow->button("bIntegrate")->click();
+        LogCatcher log;
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "help", "1" } });
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "settings", "1" } });
+        QVERIFY(!log.has("show help"));
+
+        QTRY_VERIFY(log.has("show settings"));
+
+        QVERIFY(log.text().indexOf("show help") < log.text().indexOf("show settings"));
+        QCOMPARE(flow->page(), QString("pageSettings"));
+        // From now on at once.
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "help", "1" } });
+        QCOMPARE(flow->page(), QString("pageHelp"));
+    }
+
+    void closeDoesNotWaitForTheResult()
+    {
+        flow->openWindow();
+        openSettings();
+        flow->button("bIntegrate")->click();
+        LogCatcher log;
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "close", "1" } });
+        QVERIFY(log.has("Close from ipc"));
+        QTRY_VERIFY(!flow->window->isVisible());
     }
 
     void emptyLayoutDoesNothing()

@@ -73,6 +73,15 @@ private slots:
         QCOMPARE(flow->readersBox()->currentText(), QString("brak karty w czytniku"));
     }
 
+    // Else a key could write lines of its own into the log.
+    void unprintableKeyIsLoggedInHexadecimal()
+    {
+        flow->openWindow();
+        LogCatcher log;
+        receive(IpcMsg { { "a\nb", 1 } });
+        QCOMPARE(log.lines().filter("unknown ipc"), QStringList("unknown ipc  610a62"));
+    }
+
     void knownButUnusedKeysAreIgnoredWithoutAWord_data()
     {
         QTest::addColumn<QByteArray>("key");
@@ -251,6 +260,31 @@ private slots:
         QVERIFY(!log.has("send failed"));
         QCOMPARE(monitor.text(),
                  QByteArray("<diagnoseReaders>1</diagnoseReaders><from>velmor_manager</from><to>velmor_monitor</to>"));
+    }
+
+    // Unasked and without end: what is shown is bounded, and says that there was more.
+    void diagnosisIsBoundedAtEachVisit()
+    {
+        flow->openWindow();
+        flow->window->moveToHelpPage();
+        const auto *report = flow->find<QTextEdit>("tDiagnosticsRaport");
+        const QString line = "Dalsza diagnostyka czytników została pominięta.";
+        const int before = report->toPlainText().size();
+        const QByteArray text(4000, 'x');
+        for (int i = 0; i < 16; ++i)
+            receive(IpcMsg { { "diagnoseReaders", text } });
+        QVERIFY(!report->toPlainText().contains(line));
+
+        for (int i = 0; i < 40; ++i)
+            receive(IpcMsg { { "diagnoseReaders", text } });
+
+        QCOMPARE(report->toPlainText().count(line), 1);
+        QVERIFY(report->toPlainText().size() - before <= 64 * 1024 + 200);
+        // The next visit shows it anew.
+        flow->window->getSystemInfo();
+        receive(IpcMsg { { "diagnoseReaders", "Czytnik Alfa" } });
+        QVERIFY(!report->toPlainText().contains(line));
+        QVERIFY(report->toPlainText().endsWith("Czytnik Alfa"));
     }
 
     void diagnosisIsAppendedLineByLineAndEnablesTheButtons()

@@ -10,6 +10,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 
+#include <openssl/opensslv.h>
+
 // The documents that are installed with the program: valid, whole, and readable without the net.
 class TstDocuments : public QObject {
     Q_OBJECT
@@ -168,6 +170,40 @@ private slots:
         QVERIFY2(readFileText(manual()).contains(shown), qPrintable(shown));
     }
 
+    // What the manual puts into quotes is written on a control, or told by the program, in the very words.
+    void everythingThatTheManualQuotesIsInTheProgram()
+    {
+        const QString source = VELMOR_TEST_SOURCE_DIR;
+        QString shown;
+        for (const char *folder : { "/forms", "/Manager", "/QtCommon", "/Shared" }) {
+            QDirIterator files(source + folder, { "*.ui", "*.cpp", "*.h" }, QDir::Files, QDirIterator::Subdirectories);
+            while (files.hasNext())
+                shown += readFileText(files.next());
+        }
+        // Line ends of forms and of literals, and literals of several lines.
+        shown.replace("\\n", " ").remove(QRegularExpression("\"\\s*\"")).replace("&#10;", " ");
+        shown = shown.simplified();
+
+        const QStringList quoted = captured(readFileText(manual()).simplified(), "„([^”]+)”");
+        QVERIFY(quoted.size() > 20);
+        for (const QString &words : quoted) {
+            // A title in front of names is put together when it is shown.
+            for (const QString &part : words.split(": "))
+                QVERIFY2(shown.contains(part), qPrintable(words));
+        }
+    }
+
+    // The first page is that of the settings, and its way out is there once a card can be read.
+    void manualTellsTheStartAsItIs()
+    {
+        const QString text = readFileText(manual()).simplified();
+        const int start = text.indexOf("<section id=\"pierwszy-raz\">");
+        const QString section = text.mid(start, text.indexOf("</section>", start) - start);
+        QVERIFY(section.contains("Otworzy się na stronie z ustawieniami."));
+        QVERIFY(section.indexOf("manual-start-light") < section.indexOf("no-card-light"));
+        QCOMPARE(text.contains("Chrome, Chromium, Edge” po ponownym uruchomieniu"), Platform::word() == "lin");
+    }
+
     void manualWarnsOfFilesWithOtherLineEnds()
     {
         const QString text = readFileText(manual());
@@ -185,22 +221,29 @@ private slots:
             const char *notice;
             const char *words;
         } rows[] = {
-            { "Qt 5.15", "Qt.txt", "Qt Company" },
+            { "Qt " QT_VERSION_STR ": Core", "Qt.txt", "Qt Company" },
             { "LGPL 3", "LGPL-3.txt", "GNU LESSER GENERAL PUBLIC LICENSE" },
             { "GPL 3", "GPL-3.txt", "GNU GENERAL PUBLIC LICENSE" },
-            { "Svg", "QtSvg.txt", "Qt Company" },
-            { "tłumaczenie", "QtTranslations.txt", "Qt Company" },
-            { "OpenSSL 3", "OpenSSL.txt", "Apache" },
+            { "Qt " QT_VERSION_STR ": Svg", "QtSvg.txt", "Qt Company" },
+            { "GPL 3 z wyjątkiem The Qt Company 1.0", "QtTranslations.txt", "GPL-3 with Qt-1.0 exception" },
+            { "OpenSSL " OPENSSL_VERSION_STR, "OpenSSL.txt", "Apache" },
             { "Apache License 2.0", "Apache-2.0.txt", "Apache License" },
-            { "Poppins", "Poppins.txt", "SIL OPEN FONT LICENSE" },
+            { "Poppins, pakiet @expo-google-fonts/poppins@", "Poppins.txt", "SIL OPEN FONT LICENSE" },
         };
         for (const auto &row : rows) {
             QVERIFY2(text.contains(row.component), row.component);
             QVERIFY2(text.contains('"' + QString(row.notice) + '"'), row.notice);
             QVERIFY2(readFileText(QFileInfo(license()).path() + '/' + row.notice).contains(row.words), row.notice);
         }
-        QCOMPARE(text.contains("MinGW-w64.txt"), Platform::word() == "win");
-        QVERIFY(!text.contains('@'));
+        const bool onWindows = Platform::word() == "win";
+        QCOMPARE(text.contains("MinGW-w64.txt"), onWindows);
+        QCOMPARE(text.contains("ZPL 2.1"), onWindows);
+        // How the toolkit's libraries were made, which its licence gives a right to.
+        QCOMPARE(text.contains("\"sysroot.txt\""), onWindows);
+        QVERIFY(!text.contains(QRegularExpression("@\\w+@|\\$\\{")));
+        // Each source with the version that was built from, and a version in each row.
+        QCOMPARE(captured(text, "<code>(qt[a-z]+-opensource-src)</code> \\d[\\w.+~-]+").size(), 3);
+        QCOMPARE(captured(text, "<tr><td>([^<]*\\d\\.\\d[^<]*)</td>").size(), text.count("<tr><td>"));
     }
 };
 

@@ -216,6 +216,25 @@ private slots:
         QTEST(Crypto::deriveKey(seed).toHex(), "key");
     }
 
+    // Whoever sends can begin a conversation, and nobody ends one.
+    void oldestKeysGoBeyondSixtyFour()
+    {
+        Crypto crypto;
+        for (int i = 0; i < 64; ++i)
+            crypto.storeKey("id" + QByteArray::number(i), "key");
+        QCOMPARE(crypto.getKey("id0"), QByteArray("key"));
+        // One that is known already takes no room.
+        crypto.storeKey("id0", "later");
+        QCOMPARE(crypto.getKey("id0"), QByteArray("later"));
+        QCOMPARE(crypto.getKey("id1"), QByteArray("key"));
+
+        crypto.storeKey("id64", "key");
+
+        QCOMPARE(crypto.getKey("id0"), QByteArray());
+        QCOMPARE(crypto.getKey("id1"), QByteArray("key"));
+        QCOMPARE(crypto.getKey("id64"), QByteArray("key"));
+    }
+
     void keysAreKeptByIdAndReplaced()
     {
         Crypto crypto;

@@ -212,6 +212,9 @@ private slots:
         QCOMPARE(IpcMsg().toString(), QString());
         QCOMPARE((IpcMsg { { "to", "b" }, { "from", "a" }, { "n", true } }).toString(), QString("from:a, n:1, to:b"));
         QCOMPARE((IpcMsg { { "a", "" } }).toString(), QString("a:"));
+        // A key that could write lines of its own.
+        QCOMPARE((IpcMsg { { "a\nb", "1" } }).toString(), QString("610a62:1"));
+        QCOMPARE((IpcMsg { { "\xff", "1" } }).toString(), QString("ff:1"));
     }
 
     void longValuesAreShortenedInTheLog_data()

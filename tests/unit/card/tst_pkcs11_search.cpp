@@ -39,6 +39,8 @@ private slots:
     void failedFindEndsWithoutFinal();
     void searchLeftOpenIsRefusedUntilFinalize();
     void failedFinalLeavesTheResult();
+    void endlessAnswersEndTheCount();
+    void endlessAnswersEndTheReading();
 
 private:
     QList<pkcsDataObj> read(int type, const QStringList &names = {});
@@ -93,6 +95,31 @@ void TestPkcs11Search::countEndsTheSearchAfterAFailure()
     QCOMPARE(pkcs11->certsCount(reader, "Presence"), 1);
 
     QCOMPARE(card->functions().last(), QString("C_FindObjectsFinal"));
+}
+
+// A library that finds one more each time it is asked.
+void TestPkcs11Search::endlessAnswersEndTheCount()
+{
+    listAndSelect();
+    objects("Presence") = std::vector<ScriptedObject>(4100, { certificate, "a", "x" });
+
+    QCOMPARE(pkcs11->certsCount(reader, "Presence"), 4096);
+
+    QCOMPARE(card->count("C_FindObjects"), 4096);
+    QCOMPARE(card->functions().last(), QString("C_FindObjectsFinal"));
+    QVERIFY(log->has("more objects than a card can have, search ended"));
+}
+
+void TestPkcs11Search::endlessAnswersEndTheReading()
+{
+    listAndSelect();
+    objects("eMRTD") = std::vector<ScriptedObject>(4100, { data, "DG1", "x" });
+
+    QCOMPARE(read(CKO_DATA).size(), 4096);
+
+    QCOMPARE(card->count("C_FindObjects"), 4096);
+    QCOMPARE(card->functions().last(), QString("C_FindObjectsFinal"));
+    QVERIFY(log->has("more objects than a card can have, search ended"));
 }
 
 void TestPkcs11Search::countWithoutTokenIsZeroAndSilent()

@@ -19,6 +19,7 @@ private slots:
     void pulledCardTakesItsTokensAlong();
     void rescanKillsSessionsAndSearchesRecover();
     void searchLeftOpenIsRefusedUntilTheNextScan();
+    void handleThatMeansAnotherSessionAnswersForIt();
     void nonsenseAnswersAreSurvived_data();
     void nonsenseAnswersAreSurvived();
 };
@@ -145,6 +146,29 @@ void TestPkcs11Simulator::rescanKillsSessionsAndSearchesRecover()
     QCOMPARE(pkcs11->certsCount(reader, qualified), 1);
     QCOMPARE(pkcs11->changePIN(reader, qualified, pin, otherPin), 0);
     QVERIFY(log->has("sessionRestore()"));
+}
+
+// After C_Finalize the handles of before are tried once, as they stand. That takes a library for granted which never
+// gives an old handle to a new session; with one that does, a container can answer for another.
+void TestPkcs11Simulator::handleThatMeansAnotherSessionAnswersForIt()
+{
+    QVERIFY(world.setSessionsAnew(true));
+    QStringList found;
+    QVERIFY(pkcs11->readers(found, 1, 256) && pkcs11->selectReader(reader));
+    QCOMPARE(pkcs11->tokenCerts(reader, "Presence"), QByteArrayList { "P" });
+    QCOMPARE(pkcs11->tokenCerts(reader, "Qualified"), QByteArrayList { "Q" });
+    pkcs11->finalize();
+    QVERIFY(pkcs11->readers(found, 1, 256) && pkcs11->selectReader(reader));
+
+    // Its handle is dead, and the new one is that which the other has kept.
+    QCOMPARE(pkcs11->tokenCerts(reader, "Qualified"), QByteArrayList { "Q" });
+    QCOMPARE(pkcs11->tokenCerts(reader, "Presence"), QByteArrayList { "Q" });
+
+    QVERIFY(world.setSessionsAnew(false));
+    pkcs11->finalize();
+    QVERIFY(pkcs11->readers(found, 1, 256) && pkcs11->selectReader(reader));
+    QCOMPARE(pkcs11->tokenCerts(reader, "Qualified"), QByteArrayList { "Q" });
+    QCOMPARE(pkcs11->tokenCerts(reader, "Presence"), QByteArrayList { "P" });
 }
 
 void TestPkcs11Simulator::searchLeftOpenIsRefusedUntilTheNextScan()

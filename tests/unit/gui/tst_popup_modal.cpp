@@ -37,6 +37,19 @@ private slots:
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
+    void dialogThatIsShownAgainHasForgottenItsEnd()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Yes | QDialogButtonBox::No);
+        const int first = answerTo(
+            popup, [](Popup &shown) { QTest::mouseClick(button(shown, QDialogButtonBox::Yes), Qt::LeftButton); });
+        QCOMPARE(first, int(QDialogButtonBox::Yes));
+
+        const int second = answerTo(popup, [](Popup &shown) { QTest::keyClick(&shown, Qt::Key_Escape); });
+
+        QCOMPARE(second, 0);
+    }
+
     void aButtonEndsTheDialogWithItsCode_data()
     {
         QTest::addColumn<int>("code");

@@ -1,0 +1,7 @@
+#include "base/own_segment.h"
+
+bool OwnSegment::isForeign(const QSharedMemory &segment)
+{
+    Q_UNUSED(segment)
+    return false;
+}

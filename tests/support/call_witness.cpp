@@ -1,0 +1,59 @@
+// Loaded into a process before the toolkit (LD_PRELOAD), this library tells what the program asks of the toolkit and
+// shows nobody: a line a call in the file that VELMOR_WITNESS names. Where the event loop would begin the process ends.
+// With VELMOR_WITNESS_WITHOUT_TLS the toolkit finds no library for it.
+
+#include <QApplication>
+#include <QFont>
+#include <QResource>
+#include <QSslSocket>
+#include <QWidget>
+
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <unistd.h>
+
+namespace {
+
+void tell(const char *line)
+{
+    if (std::FILE *file = std::fopen(std::getenv("VELMOR_WITNESS"), "a")) {
+        std::fprintf(file, "%s\n", line);
+        std::fclose(file);
+    }
+}
+
+} // namespace
+
+// The definitions below stand before those of the toolkit.
+
+bool QResource::registerResource(const uchar *data, const QString &root)
+{
+    tell("resources");
+    using Real = bool (*)(const uchar *, const QString &);
+    return reinterpret_cast<Real>(dlsym(RTLD_NEXT, "_ZN9QResource16registerResourceEPKhRK7QString"))(data, root);
+}
+
+void QWidget::activateWindow()
+{
+    tell(isVisible() ? "activated when shown" : "activated");
+    using Real = void (*)(QWidget *);
+    reinterpret_cast<Real>(dlsym(RTLD_NEXT, "_ZN7QWidget14activateWindowEv"))(this);
+}
+
+bool QSslSocket::supportsSsl()
+{
+    if (std::getenv("VELMOR_WITNESS_WITHOUT_TLS"))
+        return false;
+    return reinterpret_cast<bool (*)()>(dlsym(RTLD_NEXT, "_ZN10QSslSocket11supportsSslEv"))();
+}
+
+int QApplication::exec()
+{
+    if (QCoreApplication::testAttribute(Qt::AA_Use96Dpi))
+        tell("96 dots per inch");
+    if (QApplication::font().styleStrategy() == QFont::PreferAntialias)
+        tell("smooth font");
+    tell("event loop");
+    _exit(0);
+}

@@ -1,3 +1,4 @@
+#include "support/resource_blob.h"
 #include "support/testmain.h"
 
 #include "app/app.h"
@@ -33,6 +34,8 @@ private slots:
     void applicationIsNamed();
     void libraryPathsStayAsTheyWere();
     void fontsAreLookedForInTheResources();
+    void fontIsAFileThatEndsInTtf_data();
+    void fontIsAFileThatEndsInTtf();
     void textsOfTheToolkitArePolish();
     void minimalPlatformGetsNeitherFontsNorTranslation();
     void platformIsLogged();
@@ -206,6 +209,28 @@ void TstAppIdentity::libraryPathsStayAsTheyWere()
 void TstAppIdentity::fontsAreLookedForInTheResources()
 {
     QVERIFY(outputOf({ childInitQApp }).startsWith(":/\n"));
+}
+
+void TstAppIdentity::fontIsAFileThatEndsInTtf_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("loaded");
+    QTest::newRow("small letters") << "letters.ttf" << 1;
+    QTest::newRow("capital letters") << "letters.TTF" << 0;
+    QTest::newRow("other end") << "letters.ttf.txt" << 0;
+}
+
+void TstAppIdentity::fontIsAFileThatEndsInTtf()
+{
+    QFETCH(QString, file);
+    const ResourceBlob font(":/fonts/" + file, "no font");
+    QVERIFY(font.isRegistered());
+    initApp();
+    LogCatcher log;
+
+    App::instance()->initQApp();
+
+    QTEST(log.count("load ttf: " + file + "  available fonts: "), "loaded");
 }
 
 void TstAppIdentity::textsOfTheToolkitArePolish()

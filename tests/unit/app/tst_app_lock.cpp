@@ -22,6 +22,8 @@ private slots:
     void secondLockInTheSameProcessIsRefused();
     void refusedInstanceLeavesTheLockAlone();
     void unlockGivesTheLockBack();
+    void secondUnlockDoesNothing();
+    void unlockLetsGoOfTheContentFirst();
     void unlockOfWhatIsNotLockedDoesNothing();
     void destructorGivesTheLockBack();
     void lockIsFreeAfterAProperEnd();
@@ -174,6 +176,32 @@ void TstAppLock::unlockGivesTheLockBack()
     QCOMPARE(log.lines(), QStringList({ "shm lock " + key + " removed" }));
     QCOMPARE(tryInAnotherProcess(key), QByteArray("locked"));
     QVERIFY(lock.lock());
+}
+
+void TstAppLock::secondUnlockDoesNothing()
+{
+    CommonAppLock lock(key);
+    QVERIFY(lock.lock());
+    lock.unlock();
+    const LogCatcher log;
+
+    lock.unlock();
+
+    QCOMPARE(log.lines(), QStringList());
+}
+
+// The segment is the inbox as well, and the program may end while it reads.
+void TstAppLock::unlockLetsGoOfTheContentFirst()
+{
+    CommonAppLock lock(key);
+    QVERIFY(lock.lock());
+    QVERIFY(lock.segment()->lock());
+    const LogCatcher log;
+
+    lock.unlock();
+
+    // Without a complaint of the toolkit about a lock that it holds already.
+    QCOMPARE(log.lines(), QStringList({ "shm lock " + key + " removed" }));
 }
 
 void TstAppLock::unlockOfWhatIsNotLockedDoesNothing()

@@ -2,6 +2,7 @@
 
 #include "app/app.h"
 #include "app/app_log.h"
+#include "base/common.h"
 #include "base/platform.h"
 
 #include <QDateTime>
@@ -33,6 +34,9 @@ private slots:
     void withoutTheFolderNothingIsWritten();
     void withTheFolderALineIsWritten();
     void folderOfTodayIsFresh();
+#ifdef Q_OS_LINUX
+    void newFilesDoNotMoveTheTimeOfTheFolder();
+#endif
     void fileInPlaceOfTheFolderIsNone();
     void everySetUpBeginsANewFile();
     void nameOfTheFileIsFolded_data();
@@ -45,7 +49,10 @@ private slots:
     void timeOnStandardOutputRunsFromTheLastRestart();
 
 private:
-    static QString logFile() { return Platform::logsDir("velmor") + "/velmor_manager.log"; }
+    static QString logFile()
+    {
+        return Platform::logsDir("velmor") + "/velmor_manager.log";
+    }
     static QStringList linesWritten();
 };
 
@@ -199,6 +206,30 @@ void TstAppLog::folderOfTodayIsFresh()
     QVERIFY(*created + 60 > now && *created < now + 60);
     QVERIFY(!Platform::folderCreated(Platform::logsDir("velmor") + "/missing").has_value());
 }
+
+#ifdef Q_OS_LINUX
+// The change time moves with every new file.
+void TstAppLog::newFilesDoNotMoveTheTimeOfTheFolder()
+{
+    const QString folder = Platform::logsDir("velmor");
+    const std::optional<quint64> created = Platform::folderCreated(folder);
+    QProcess stat;
+    stat.start("stat", { "-c", "%W", folder });
+    QVERIFY(stat.waitForFinished());
+    if (stat.readAllStandardOutput().toLongLong() == 0)
+        QSKIP("The file system keeps no times of creation");
+    const auto changed = [&folder] {
+        writeFileBytes(folder + "/of-today", "x");
+        QFile::remove(folder + "/of-today");
+        return QFileInfo(folder).metadataChangeTime().toSecsSinceEpoch();
+    };
+    const qint64 before = changed();
+
+    QTRY_VERIFY(changed() > before);
+
+    QCOMPARE(Platform::folderCreated(folder), created);
+}
+#endif
 
 void TstAppLog::fileInPlaceOfTheFolderIsNone()
 {

@@ -1,5 +1,5 @@
 #include "gui/popup.h"
-#include "resource_blob.h"
+#include "support/resource_blob.h"
 #include "support/testmain.h"
 
 #include <QFile>

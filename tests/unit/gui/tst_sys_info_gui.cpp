@@ -4,6 +4,7 @@
 #include "gui/sys_info_gui.h"
 #include "platform/os.h"
 
+#include <QScreen>
 #include <QTextBlock>
 #include <QTextDocument>
 
@@ -50,6 +51,14 @@ private slots:
                          "<br>OMNIA=E<br><br>x"));
     }
 
+    // What the report says of an empty one may be the beginning of a line.
+    void configurationFileThatBeginsLikeAnEmptyOneCanBeCleared()
+    {
+        QCOMPARE(rich("Zawartość pliku konfiguracyjnego: \nBRAKUJE=E\n\nx"),
+                 QString("Zawartość pliku konfiguracyjnego: &nbsp;&nbsp;<a href='clear_config'>[Wyczyść]</a>"
+                         "<br>BRAKUJE=E<br><br>x"));
+    }
+
     void emptyConfigurationFileCannotBeCleared()
     {
         const QString report = "Zawartość pliku konfiguracyjnego: \nBRAK\n\nx";
@@ -89,7 +98,19 @@ private slots:
         QCOMPARE(SysInfoGui().info("/", "{version}"), QString("Wersja aplikacji: 4.3.5.23"));
     }
 
-    void screensOfTheMachineAreTold() { QVERIFY(SysInfoGui().info("/", "{screens}").contains("Monitory:<br>1) ")); }
+    void screensOfTheMachineAreTold()
+    {
+        QStringList entries;
+        for (const QScreen *screen : QGuiApplication::screens())
+            entries << QString("%1) %2x%3 skala=%4, gęstość pikseli=%5")
+                           .arg(entries.size() + 1)
+                           .arg(screen->geometry().width())
+                           .arg(screen->geometry().height())
+                           .arg(screen->logicalDotsPerInch() / 96)
+                           .arg(screen->devicePixelRatio());
+
+        QCOMPARE(SysInfoGui().info("/", "{screens}"), "<br><br>Monitory:<br>" + entries.join("<br>"));
+    }
 
     void textOfOthersBecomesNoLink_data()
     {

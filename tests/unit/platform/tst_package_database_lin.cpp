@@ -2,6 +2,7 @@
 
 #include "platform/os.h"
 #include "platform/package_database_lin.h"
+#include "platform/sys_info.h"
 
 // What the report takes from the package database.
 class TstPackageDatabase : public QObject {
@@ -101,6 +102,44 @@ private slots:
         QCOMPARE(PackageDatabase::versionOf(packages, "Podpis elektroniczny", 64), QString("7.1"));
         QCOMPARE(PackageDatabase::versionOf(packages, "Podpis elektroniczny", 32), QString("7.0"));
         QCOMPARE(PackageDatabase::versionOf({}, "Podpis elektroniczny", 64), QString());
+    }
+
+    void reportTellsTheSignatureProgramOfEitherWidth()
+    {
+        FakeDpkg dpkg;
+        dpkg.setOutput("ii \tsign\t7.1\tamd64\tPodpis elektroniczny\n"
+                       "ii \tsign\t7.0\ti386\tPodpis elektroniczny\n");
+
+        QVERIFY(SysInfo()
+                    .info("/opt/velmor", "{readers}")
+                    .startsWith("Programy/sterowniki do obsługi kart: \n"
+                                "Velmor podpis elektroniczny (32-bit) Ver: 7.0\n"
+                                "Velmor podpis elektroniczny Ver: 7.1\n\nCzytniki w systemie: \n"));
+    }
+
+    void browserIsToldByTheNameOfItsPackage_data()
+    {
+        QTest::addColumn<QString>("label");
+        QTest::newRow("firefox") << "Firefox";
+        QTest::newRow("firefox-esr") << "Firefox ESR";
+        QTest::newRow("chromium") << "Chromium";
+        QTest::newRow("google-chrome-stable") << "Google Chrome";
+        QTest::newRow("google-chrome-beta") << "Google Chrome Beta";
+        QTest::newRow("microsoft-edge-stable") << "Microsoft Edge";
+        QTest::newRow("brave-browser") << "Brave";
+        QTest::newRow("opera-stable") << "Opera";
+        QTest::newRow("vivaldi-stable") << "Vivaldi";
+    }
+    void browserIsToldByTheNameOfItsPackage()
+    {
+        QFETCH(QString, label);
+        const QByteArray package = QTest::currentDataTag();
+        FakeDpkg dpkg;
+        dpkg.setOutput("ii \t" + package + "\t119.0\tamd64\tbrowser\nii \t" + package
+                       + "\t118.0\ti386\tbrowser\nii \tlib" + package + "\t117.0\tamd64\tbrowser\n");
+
+        QCOMPARE(Os().browserVersions(),
+                 (QMap<QString, QString> { { label, "119.0" }, { label + " (32-bit)", "118.0" } }));
     }
 
     void oneQueryServesAllQuestionsOfAnObject()

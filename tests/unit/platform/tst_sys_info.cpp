@@ -121,6 +121,9 @@ private slots:
 
         QCOMPARE(lines.size(), 2);
         QVERIFY(!lines[0].contains("Microsoft "));
+#ifdef Q_OS_LINUX
+        QCOMPARE(lines[0], QSysInfo::prettyProductName() + ' ' + QSysInfo::kernelVersion());
+#endif
         QCOMPARE(lines[1], "Architektura: " + QSysInfo::currentCpuArchitecture() + ", " + QSysInfo::buildAbi());
     }
 
@@ -131,6 +134,15 @@ private slots:
         QVERIFY(QDir().mkpath(logsDir()));
 
         QVERIFY(info("{logs}").endsWith("\nZbieranie logów: aktywne"));
+    }
+
+    void fileInPlaceOfTheLogFolderIsNoLog()
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(logsDir()).path()));
+        QVERIFY(writeFileBytes(logsDir(), "in the way"));
+
+        QVERIFY(info("{logs}").endsWith("\nZbieranie logów: nieaktywne"));
+        QVERIFY(QFile::remove(logsDir()));
     }
 
     void contentOfTheConfigurationFileIsTrimmed_data()

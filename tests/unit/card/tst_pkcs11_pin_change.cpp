@@ -281,6 +281,8 @@ void TestPkcs11PinChange::changeMapsFailedLogins()
 void TestPkcs11PinChange::changeWithoutLibrary()
 {
     insert(healthy);
+    // One that only seems to be open.
+    openSession(conteiner);
     pkcs11->finalize();
     card->fail("C_Initialize", CKR_GENERAL_ERROR);
     card->clearCalls();

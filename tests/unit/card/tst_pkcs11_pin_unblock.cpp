@@ -38,6 +38,7 @@ private slots:
     void firstUseMapsResults_data();
     void firstUseMapsResults();
     void unblockDecidesOnTheFlagsAsLastRead();
+    void unblockWithoutLibrary_data();
     void unblockWithoutLibrary();
     void unblockWithoutCard();
     void unblockFindsACardThatHasJustAppeared();
@@ -253,9 +254,18 @@ void TestPkcs11PinUnblock::unblockDecidesOnTheFlagsAsLastRead()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_InitPIN", "C_Logout" }));
 }
 
+void TestPkcs11PinUnblock::unblockWithoutLibrary_data()
+{
+    QTest::addColumn<ulong>("flags");
+    QTest::newRow("locked") << ulong(locked);
+    QTest::newRow("first use") << ulong(firstUse);
+}
+
 void TestPkcs11PinUnblock::unblockWithoutLibrary()
 {
-    insert(locked);
+    QFETCH(ulong, flags);
+    insert(flags);
+    openSession(conteiner);
     pkcs11->finalize();
     card->fail("C_Initialize", CKR_GENERAL_ERROR);
     card->clearCalls();

@@ -46,6 +46,8 @@ void TestPkcs11Readers::descriptionIsCutAndCleaned_data()
     QTest::newRow("leading blanks stay") << QByteArray("  Reader A") << "  Reader A";
     QTest::newRow("Polish") << QString("Czytnik żółw #1").toUtf8() << "Czytnik żółw";
     QTest::newRow("zeros behind") << QByteArray("Reader A").leftJustified(64, '\0') << "Reader A";
+    // The white space is cut before the zeros go.
+    QTest::newRow("zeros behind a blank") << QByteArray("Reader A ").leftJustified(64, '\0') << "Reader A ";
     QTest::newRow("zeros within") << QByteArray("Rea\0der A #1", 12) << "Reader A";
     QTest::newRow("all 64 bytes") << QByteArray(64, 'x') << QString(64, 'x');
     QTest::newRow("other white space") << QByteArray("Reader A\t\n") << "Reader A";

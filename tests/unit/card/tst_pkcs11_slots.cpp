@@ -27,6 +27,8 @@ private slots:
     void knownTokensKeepTheirSessions();
     void knownTokensTakeTheNewFlags();
     void tokenWithAnotherLabelIsANewOne();
+    void tokenOfAnotherSlotIsANewOne();
+    void tokensAreLoggedWithBothOptions();
     void removedTokenWithoutSessionClosesNothing();
     void failedCloseSessionIsNotLoggedAsClosed();
     void tokensOfAnotherReaderVanish();
@@ -250,6 +252,30 @@ void TestPkcs11Slots::tokenWithAnotherLabelIsANewOne()
     pkcs11->detectTokens();
 
     QCOMPARE(card->calls(), (QStringList { "C_GetTokenInfo 1", "C_CloseSession 1" }));
+}
+
+void TestPkcs11Slots::tokenOfAnotherSlotIsANewOne()
+{
+    card->card = { slot(1, "Reader A #1") };
+    listAndSelect();
+    pkcs11->certsCount("Reader A", "Qualified");
+    card->card[0].id = 2;
+    pkcs11->detectSlots();
+    card->clearCalls();
+
+    pkcs11->detectTokens();
+
+    QCOMPARE(card->calls(), (QStringList { "C_GetTokenInfo 2", "C_CloseSession 1" }));
+}
+
+void TestPkcs11Slots::tokensAreLoggedWithBothOptions()
+{
+    card->card = { slot(17, "Reader A #1") };
+
+    pkcs11->detectSlots();
+    pkcs11->detectTokens();
+
+    QVERIFY(log->lines().contains("Token 0x17: velmor Qualified initialized"));
 }
 
 void TestPkcs11Slots::removedTokenWithoutSessionClosesNothing()

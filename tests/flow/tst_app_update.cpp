@@ -108,6 +108,20 @@ private slots:
         QCOMPARE(flow->button("bUpdate")->text(), QString("Aktualizuję"));
     }
 
+    void updateThatHasEndedCanBeAskedForAgain()
+    {
+        siblingStores(SettingsKey::updateAvailable, "true");
+        flow->openWindow();
+        flow->button("bUpdate")->click();
+        QVERIFY(!flow->button("bUpdate")->isEnabled());
+
+        receiveCheckForUpdate();
+
+        QVERIFY(flow->button("bUpdate")->isEnabled());
+        QVERIFY(flow->button("bUpdateArrow")->isEnabled());
+        QCOMPARE(flow->button("bUpdate")->text(), QString("Aktualizuj"));
+    }
+
     void updateThatIsNoLongerThereSendsNothing()
     {
         RawInbox monitor("velmor_monitor", segmentSize);

@@ -138,6 +138,7 @@ private slots:
     {
         QTest::addColumn<QByteArray>("slot");
         QTest::newRow("without a number") << QByteArray("takeReply(IpcMsg)");
+        QTest::newRow("a character before the numbers") << QByteArray("/takeReply(IpcMsg)");
         QTest::newRow("number 3") << QByteArray("3takeReply(IpcMsg)");
         QTest::newRow("without a bracket") << QByteArray("1takeReply");
         QTest::newRow("empty") << QByteArray("");

@@ -71,7 +71,9 @@ private slots:
         QCOMPARE(log.lines().last(), "shm not created: " + nameless.errorString());
         QTest::qWait(250);
         QCOMPARE(log.lines().size(), 2);
+        // Nor is there anything to give back.
         receiver->stop();
+        QCOMPARE(log.lines().size(), 2);
     }
 
     void stopWipesAndRemovesTheSegment()

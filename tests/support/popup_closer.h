@@ -3,6 +3,8 @@
 #include "gui/popup.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QStringList>
@@ -24,6 +26,8 @@ public:
     QStringList messages;
     QStringList titles;
     QList<int> buttonCounts;
+    QList<QDialogButtonBox::StandardButtons> buttons;
+    QList<QImage> icons;
     bool hadParent = false;
 
     // Runs while a dialog is up.
@@ -38,6 +42,8 @@ private:
         messages << QTextDocumentFragment::fromHtml(popup->findChild<QLabel *>("lText")->text()).toPlainText();
         titles << popup->findChild<QLabel *>("lMainTitle")->text();
         buttonCounts << popup->findChild<QDialogButtonBox *>("buttonBox")->buttons().size();
+        buttons << popup->findChild<QDialogButtonBox *>("buttonBox")->standardButtons();
+        icons << popup->findChild<QLabel *>("lIcon")->grab().toImage();
         hadParent = hadParent || popup->parentWidget();
         if (meanwhile)
             meanwhile();

@@ -194,6 +194,17 @@ private slots:
         QCOMPARE(second.content("user.js"), QByteArray(off));
     }
 
+    void applicationWithAProfileIsNamedInTheLog()
+    {
+        profile("a.default", "128.0");
+        createChecks();
+        const LogCatcher log;
+
+        integrator->integrate("Firefox");
+
+        QCOMPARE(log.lines().mid(0, 2), QStringList({ "integrate:  Firefox", "Firefox" }));
+    }
+
     void emptyBoxOfWhatWasNeverConnectedChangesNothing()
     {
         const ProfileFolder files = profile("a.default", "128.0");

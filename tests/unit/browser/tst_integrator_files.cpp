@@ -158,6 +158,69 @@ private slots:
         QVERIFY(integrator->resultText().startsWith("<span>" + connected("Firefox")));
     }
 
+    void profileThatCannotBeWrittenDoesNotHideTheOneBefore()
+    {
+        profile("a.default", "70.0");
+        const ProfileFolder bad = profile("b.default", "70.0");
+        createChecks();
+        QFile::remove(bad.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(bad.path("pkcs11.txt")));
+
+        QCOMPARE(integrator->integrate("Firefox"), connected("Firefox"));
+    }
+
+    void profileThatStaysConnectedDoesNotHideTheOneBefore()
+    {
+        const ProfileFolder good = profile("a.default", "128.0");
+        const ProfileFolder bad = profile("b.default", "128.0");
+        for (const ProfileFolder &files : { good, bad })
+            files.put("user.js", on);
+        createChecks();
+        if (!OrdinaryUser::makeReadOnly(bad.path("user.js")))
+            QSKIP("Whoever runs this may write everything");
+        QFile::setPermissions(good.path("user.js"), QFile::Permissions(0x6666));
+
+        QString report;
+        {
+            const OrdinaryUser user;
+            report = integrator->disintegrate("Firefox");
+        }
+
+        QCOMPARE(good.content("user.js"), QByteArray(off));
+        QCOMPARE(bad.content("user.js"), QByteArray(on));
+        QCOMPARE(report, disconnected("Firefox"));
+    }
+
+    void firefoxThatIsUpdatedMeanwhileIsTakenAsTheNewOne()
+    {
+        const ProfileFolder old = profile("a.default", "76.0");
+        createChecks();
+        const ProfileFolder files = profile("a.default", "128.0");
+
+        QCOMPARE(submit("Firefox", true).section("<br/><br/>", 0, 0), "<span>" + connected("Firefox") + "</span>");
+
+        QCOMPARE(files.content("user.js"), QByteArray(on));
+        QCOMPARE(files.content("pkcs11.txt"), ProfileFolder::otherModules("\r\n"));
+    }
+
+    void fileThatCannotBeWrittenIsWarnedOf()
+    {
+        const ProfileFolder bad = profile("a.default", "70.0");
+        createChecks();
+        QFile::remove(bad.path("pkcs11.txt"));
+        QVERIFY(QDir().mkdir(bad.path("pkcs11.txt")));
+
+        integrator->integrate("Firefox");
+        // As any warning, and not as any information.
+        Popup::warning(nullptr, {}, "x");
+        Popup::information(nullptr, {}, "x");
+
+        QCOMPARE(popups->icons.size(), 3);
+        QCOMPARE(popups->icons[0], popups->icons[1]);
+        QVERIFY(popups->icons[0] != popups->icons[2]);
+        QCOMPARE(popups->buttons[0], QDialogButtonBox::StandardButtons(QDialogButtonBox::Close));
+    }
+
     void profileThatVanishesChangesNothing()
     {
         const ProfileFolder files = profile("a.default", "128.0");

@@ -158,6 +158,7 @@ private slots:
         flow->writeReadersConf("OMNIA=E100\r\nAlfa=200\r\n");
         showHelp();
         QVERIFY(text().contains("OMNIA=E100"));
+        flow->widget("bDiagnosticStart")->setEnabled(true);
         LogCatcher log;
 
         click("clear_config");
@@ -168,6 +169,8 @@ private slots:
         QVERIFY(heading > 0);
         QCOMPARE(lines()[heading + 1], QString("BRAK"));
         QVERIFY(!links().contains("[Wyczyść] clear_config"));
+        // The new report waits for the Monitor as the first one did.
+        QVERIFY(!flow->widget("bDiagnosticStart")->isEnabled());
     }
 
     void configurationFileThatCannotBeClearedIsLogged()

@@ -134,6 +134,25 @@ private slots:
         }
     }
 
+    void subtitleOfThePageBeforeGoes_data()
+    {
+        QTest::addColumn<QByteArray>("button");
+        QTest::newRow("settings") << QByteArray("bSettings");
+        QTest::newRow("help") << QByteArray("bHelp");
+    }
+    void subtitleOfThePageBeforeGoes()
+    {
+        QFETCH(QByteArray, button);
+        QVERIFY(flow->showCard("anna"));
+        flow->button("bArrowAuthenCert")->click();
+        QVERIFY(!flow->label("lSubTitle")->text().isEmpty());
+
+        flow->button(button.constData())->click();
+
+        QCOMPARE(flow->label("lSubTitle")->text(), QString());
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
+    }
+
     void everyEntryRebuildsThePage()
     {
         flow->openWindow();

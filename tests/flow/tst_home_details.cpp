@@ -239,6 +239,41 @@ private slots:
         QCOMPARE(shown.toPlainText(), name);
     }
 
+    void namesOfADg13ThatCannotBeReadComeFromTheCertificate()
+    {
+        QVERIFY(flow->showCard("anna"));
+        dataGroups("\x01\x02");
+        QVERIFY(!flow->label("lCommonNameVal")->text().isEmpty());
+        QVERIFY(flow->label("lsurnameVal")->text().isEmpty());
+
+        flow->window->loadedCerts({}, QByteArray::fromBase64(longNames), {}, {});
+
+        QCOMPARE(flow->label("lCommonNameVal")->toolTip(), QString("Maksymiliana Konstancja Aleksandra Wilhelmina"));
+        QCOMPARE(flow->label("lsurnameVal")->text(), QString("Nowakowska"));
+    }
+
+    void nameIsSpokenAsAnyTextOfTheTiles()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->label("lsurnameVal")->setText("Mikanowska");
+
+        flow->window->loadedPhoto({});
+
+        QVERIFY(flow->widget("widgetBlurICAO")->accessibleName().endsWith(" nazwisko: MiCANowska"));
+    }
+
+    void nextStepOfTheReadIsSpoken()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->window->loadAll();
+        flow->button("bMinimalize")->setFocus();
+
+        flow->window->loadedCertsCount(1, 1, 1, 1);
+
+        QCOMPARE(flow->window->focusWidget(), flow->widget("loadingDesc"));
+        QVERIFY(flow->waitForCard());
+    }
+
     void longNamesFromTheCertificateAreCutToo()
     {
         QVERIFY(flow->showCard("anna"));

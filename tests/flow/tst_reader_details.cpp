@@ -1,9 +1,11 @@
 #include "support/flow.h"
 
+#include "base/ipc_msg.h"
 #include "pin_fields.h"
 
 #include <QDir>
 #include <QLineEdit>
+#include <QRegularExpression>
 
 // Finer points of the reader flow: pages that are not disturbed, what the way home resets, and the warning of a reader.
 class TestReaderDetails : public QObject {
@@ -57,6 +59,28 @@ private slots:
         for (const char *name : { "lPhoto", "lPhotoLarge" })
             QCOMPARE(flow->label(name)->pixmap(Qt::ReturnByValue).toImage(),
                      QIcon(":/images/no_photo.svg").pixmap(flow->label(name)->size()).toImage());
+    }
+
+    void dataPageOfACardThatHasGoneIsEmpty()
+    {
+        QVERIFY(flow->showCard("long-names"));
+        flow->window->moveToAllDataPage();
+        QVERIFY(!flow->label("lsurnameVal")->toolTip().isEmpty());
+
+        flow->window->loadedReaders({}, "NO_CARD");
+
+        for (const char *name : { "lNumIdVal", "lCommonNameVal", "lsurnameVal", "lExpDateVal" })
+            QCOMPARE(flow->label(name)->toolTip(), QString());
+        const auto labels = flow->widget("pageAllData")->findChildren<QLabel *>(QRegularExpression("Val"));
+        QCOMPARE(labels.size(), 14);
+        for (const QLabel *label : labels) {
+            QCOMPARE(label->text(), QString());
+            QCOMPARE(label->toolTip(), QString());
+        }
+        // Nor is anything left to fill it from, but the full stops of the dates.
+        flow->window->moveToAllDataPage();
+        for (const QLabel *label : labels)
+            QVERIFY2(!label->text().contains(QRegularExpression("[^.02]")), qPrintable(label->objectName()));
     }
 
     void missingCardDoesNotDisturbTheHelpPage()
@@ -172,6 +196,30 @@ private slots:
         QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("Czytnik z bardzo długą nazwą 2000") + 30);
     }
 
+    void boxIsAsWideAsTheReaderThatIsPicked()
+    {
+        flow->openWindow();
+        flow->window->loadedReaders({ "Beta", "Czytnik z bardzo długą nazwą 2000" });
+        const QFontMetrics metrics(flow->readersBox()->font());
+        QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("Beta") + 30);
+
+        flow->readersBox()->setCurrentIndex(1);
+        flow->window->selectReader();
+
+        QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("Czytnik z bardzo długą nazwą 2000") + 30);
+    }
+
+    void boxIsAsWideAsTheReasonForNoCard()
+    {
+        flow->openWindow();
+        flow->window->loadedReaders({ "Beta" });
+
+        flow->window->loadedReaders({}, "NO_SUPPORTED_CARD");
+
+        const QFontMetrics metrics(flow->readersBox()->font());
+        QCOMPARE(flow->readersBox()->width(), metrics.horizontalAdvance("brak wspieranej karty w czytniku") + 30);
+    }
+
     void homeWithoutAReaderAsksTheMonitor()
     {
         flow->openWindow();
@@ -192,6 +240,23 @@ private slots:
         flow->window->checkAndMoveToHomePage();
 
         QCOMPARE(readers.count(), 1);
+    }
+
+    // The list that came meanwhile need not be asked for any more.
+    void backWithoutAReaderForgetsTheListThatCameMeanwhile()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->button("bSettings")->click();
+        flow->window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "readers", "0:Czytnik Alfa||" } });
+        flow->window->loadedReaders({}, "NO_CARD");
+        flow->window->checkAndMoveToHomePage();
+        QVERIFY(flow->waitForCard());
+        LogCatcher log;
+
+        flow->window->moveToHomePage();
+
+        QVERIFY(log.has("Move to home page"));
+        QVERIFY(!log.has("new readers page refresh"));
     }
 
     void readerIsTheSameOnlyInTheSameLetters()

@@ -106,6 +106,20 @@ private slots:
         QVERIFY2(log.lines().first().startsWith(outcome), qPrintable(log.text()));
     }
 
+    // Such a name stands for no reader in the box, so the list brings the first one each time.
+    void readerNamedLikeAMissingOneIsLookedForAgain()
+    {
+        flow->openWindow();
+        flow->window->loadedReaders({ "Brak" });
+        goTo("pageHome");
+        QCOMPARE(flow->readersBox()->currentText(), QString("Brak"));
+        LogCatcher log;
+
+        receiveReaders("0:Brak||");
+
+        QCOMPARE(log.lines().first(), QString("load new readers"));
+    }
+
     void reloadReadsTheCardFromTheStart()
     {
         QVERIFY(flow->showCard("anna"));

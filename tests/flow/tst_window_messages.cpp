@@ -194,6 +194,19 @@ private slots:
         QCOMPARE(flow->page().toUtf8(), page);
     }
 
+    void focusMakesTheWindowTheActiveOne()
+    {
+        flow->openWindow();
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        QTRY_VERIFY(other.isActiveWindow());
+
+        receive(IpcMsg { { "windowFocus", 1 } });
+
+        QTRY_VERIFY(flow->window->isActiveWindow());
+    }
+
     void focusOnTheOpeningPageWithoutAReaderAsksForReaders()
     {
         RawInbox monitor("velmor_monitor", segmentSize);
@@ -202,6 +215,8 @@ private slots:
         receive(IpcMsg { { "windowFocus", 1 } });
         QVERIFY(log.has("Move to home page"));
         QVERIFY(log.has("no reader go to disconnect page"));
+        // That asks for them already.
+        QVERIFY(!log.has("new readers page refresh"));
         QVERIFY(log.has("reader checked "));
         QVERIFY(log.has("Show window called"));
         QVERIFY(!monitor.isFree());

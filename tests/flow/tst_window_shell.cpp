@@ -79,6 +79,32 @@ private slots:
         QCOMPARE(flow->label("lError")->text(), QString());
     }
 
+    void windowHasTheIconOfTheProgram()
+    {
+        flow->openWindow();
+
+        const QImage icon(":/icons/Manager.iconset/Manager.ico");
+        QVERIFY(!icon.isNull());
+        QCOMPARE(flow->window->windowIcon().pixmap(icon.size()).toImage(), QPixmap::fromImage(icon).toImage());
+    }
+
+    // Drawn anew from their files, at the size that the form gives them.
+    void fixedPicturesAreDrawnInTheirDesignSize_data()
+    {
+        QTest::addColumn<QString>("label");
+        for (const char *name : { "lfooter", "lostrel", "lno_connection", "lpinpad", "lchange_card", "lPinPadImg_2" })
+            QTest::newRow(name) << name;
+    }
+    void fixedPicturesAreDrawnInTheirDesignSize()
+    {
+        QFETCH(QString, label);
+        flow->openWindow();
+
+        const QLabel *picture = flow->label(qPrintable(label));
+        QVERIFY(!picture->property("pixmapSize").toSize().isEmpty());
+        QCOMPARE(picture->pixmap(Qt::ReturnByValue).size(), picture->property("pixmapSize").toSize());
+    }
+
     void widgetsThatWaitForTheirTimeAreHidden()
     {
         flow->openWindow();

@@ -27,6 +27,8 @@ private slots:
     {
         QVERIFY(flow->start("anna", true));
         flow->world.clearTrace();
+        flow->widget("bWroc")->show();
+        flow->readersBox()->setEnabled(true);
         QSignalSpy sent(flow->window.get(), &Window::changePinSig);
         LogCatcher log;
 
@@ -309,6 +311,19 @@ private slots:
         flow->click("bChangePinPuk");
         QVERIFY(flow->waitForPage("pageCorrectChange"));
         QCOMPARE(flow->resultText(), QString("PIN został odblokowany"));
+    }
+
+    // The chip decides for the PUK alone.
+    void changeGoesThroughThePadWhateverTheChip()
+    {
+        QVERIFY(flow->start("jan", true));
+        QSignalSpy sent(flow->window.get(), &Window::changePinSig);
+
+        flow->openPinPage(sim::Authentication);
+
+        QCOMPARE(sent.size(), 1);
+        QCOMPARE(shownIn("pagerPinPadOrApp"), flow->widget("pagePinPad"));
+        QCOMPARE(shownIn("pagerPinOrPinPadPuk"), flow->widget("pageAppUnblock"));
     }
 
     void chipsOfTheSpecimenCardsAreTheOnesMeant_data()

@@ -71,6 +71,7 @@ private slots:
         flow->openPinPage(sim::Qualified);
         flow->typeChange("12345678", "48261537", "48261537");
         tell("Zmień PIN", 2, 3);
+        flow->readersBox()->setEnabled(true);
         LogCatcher catcher;
 
         flow->window->changePinFin(code);
@@ -203,6 +204,7 @@ private slots:
         flow->openPinPage(sim::Qualified);
         flow->typeUnblock(PinFlow::puk, "48261537", "48261537");
         tell("Zmień PIN", 3, 2);
+        flow->readersBox()->setEnabled(true);
         LogCatcher catcher;
 
         flow->window->unblockPinFin(code);
@@ -215,6 +217,19 @@ private slots:
             QCOMPARE(flow->field(name)->text().isEmpty(), code == 0);
         for (const char *tries : { "lTryNumDescPUK", "lTryNumDescPUKpinpad" })
             QCOMPARE(flow->label(tries)->text(), QString("Pozostało prób: 2"));
+    }
+
+    // The title of the result page ends in a blank, and is no longer that of a first PIN.
+    void secondAnswerToAFirstPinIsToldAsThatOfAnUnblock()
+    {
+        tell("Nadaj PIN", 4, 3);
+        flow->openPinPage(sim::Qualified);
+        flow->window->unblockPinFin(-8);
+        resultPageIs("Nadawanie PIN-u ", "Nadawanie PIN-u anulowane", "#2B9EEB");
+
+        flow->window->unblockPinFin(-8);
+
+        resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", "#2B9EEB");
     }
 
     void onlyAnErrorRenewsTheTries_data()

@@ -89,6 +89,11 @@ private:
     void followFrame();
     void scaleFrame();
     void scaleMessage(int spacing);
+    void growFrame();
+    int leastWidth() const;
+    int heightFor(int width) const;
+    void wrapAtScreen();
+    QSize screenRoom() const;
 
     std::unique_ptr<Ui::Popup> ui;
     int result = 0;

@@ -4,6 +4,7 @@
 #include "gui/popup.h"
 
 #include "gui/anim_widget.h"
+#include "gui/breakable_text.h"
 #include "gui/gui_base.h"
 #include "gui/gui_scaler.h"
 #include "ui_popup.h"
@@ -13,6 +14,7 @@
 #include <QGuiApplication>
 #include <QPushButton>
 #include <QScreen>
+#include <QStyleOptionButton>
 
 namespace {
 
@@ -24,10 +26,26 @@ constexpr int frameRadius = 12;
 constexpr int contentMargin = 15;
 constexpr int buttonBlur = 10;
 constexpr QPointF buttonShadowOffset(1, 1);
+// Letters that may stand in a row where the screen is too narrow for the text.
+constexpr int unbrokenLetters = 10;
 
 QSize withShadowMargin(QSize frame)
 {
     return frame + QSize(2 * shadowMargin, 2 * shadowMargin);
+}
+
+int borderOf(const QWidget *frame)
+{
+    return frame->width() - frame->contentsRect().width();
+}
+
+// That its text needs, with the border and the padding of the theme.
+QSize roomForText(const QPushButton *button)
+{
+    QStyleOptionButton option;
+    option.initFrom(button);
+    const QRect inner = button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button);
+    return button->fontMetrics().size(Qt::TextShowMnemonic, button->text()) + button->size() - inner.size();
 }
 
 QSpacerItem *firstSpacer(const QLayout *layout)
@@ -77,7 +95,7 @@ int Popup::widthBesideText() const
 QSize Popup::roomFor(QSize content)
 {
     ui->mainFrame->ensurePolished();
-    const int border = ui->mainFrame->width() - ui->mainFrame->contentsRect().width();
+    const int border = borderOf(ui->mainFrame);
     const QMargins inner = ui->contentLayout->contentsMargins();
     int width = content.width() + frameExtra - border;
     int footer = 0;
@@ -87,6 +105,7 @@ QSize Popup::roomFor(QSize content)
         width = qMax(width, ui->buttonBox->width() + margins.left() + margins.right());
         footer = ui->buttonBox->height() + margins.top() + margins.bottom();
     }
+    width = qMax(width, ui->header->layout()->minimumSize().width());
     int height = content.height() + frameExtra - border;
     if (ui->lText->wordWrap()) {
         const int line = width - inner.left() - inner.right();
@@ -165,6 +184,7 @@ void Popup::guiScale(qreal dpi)
         scaler->size({ customWidget });
     else
         scaleMessage(margin);
+    growFrame();
     followFrame();
     emit logicalDotsPerInchChanged(dpi);
 }
@@ -177,6 +197,7 @@ void Popup::scaleFrame()
         scaler->height({ ui->footer });
     scaler->margins({ ui->header, ui->footer });
     scaler->size({ ui->bClose });
+    scaler->height({ ui->lMainTitle });
     scaler->font(".QLabel", { ui->lMainTitle });
 }
 
@@ -199,15 +220,87 @@ void Popup::scaleMessage(int spacing)
         scaler->font(".QPushButton", { button });
         // Last: with a style sheet of its own a button falls back to the smallest size that the theme gives it.
         scaler->size({ button });
+        button->setFixedSize(button->size().expandedTo(roomForText(button)));
     }
 }
 
-// The scaled frame has outgrown the window, or shrunk in it; the window follows and keeps its middle.
+// Text and buttons do not shrink as the frame does: letters have whole pixels, and borders and paddings of the theme
+// stay. So the room is asked again, and the frame grows; but not beyond the screen, where the text wraps instead. At
+// 96 dots per inch a caller's own size stands.
+void Popup::growFrame()
+{
+    QLayout *layout = ui->mainFrame->layout();
+    const int room = screenRoom().width();
+    if (scaler->scale() == 1.0 && ui->mainFrame->width() <= room)
+        return;
+    for (QLayout *inner : { ui->buttonBox->layout(), ui->footer->layout(), ui->header->layout(), layout })
+        inner->activate(); // changed sizes reach an outer layout only by way of the event loop
+    if (ui->footer->isVisible())
+        ui->footer->setFixedHeight(qMax(ui->footer->height(), ui->footer->layout()->minimumSize().height()));
+    const int border = borderOf(ui->mainFrame);
+    const int wanted = qMax(ui->mainFrame->width(), leastWidth() + border);
+    if (wanted > room && !customWidget)
+        wrapAtScreen();
+    const int width = qMax(qMin(wanted, room), leastWidth() + border);
+    ui->mainFrame->setFixedSize(width, qMax(ui->mainFrame->height(), heightFor(width - border) + border));
+}
+
+// The layout does not know what the message needs, since a minimum that is set hides it.
+int Popup::leastWidth() const
+{
+    const int least = ui->mainFrame->layout()->minimumSize().width();
+    if (customWidget)
+        return least;
+    const QMargins margins = ui->contentLayout->contentsMargins();
+    return qMax(least, margins.left() + widthBesideText() + ui->lText->minimumSizeHint().width() + margins.right());
+}
+
+int Popup::heightFor(int width) const
+{
+    const QLayout *layout = ui->mainFrame->layout();
+    const int least =
+        layout->hasHeightForWidth() ? layout->minimumHeightForWidth(width) : layout->minimumSize().height();
+    if (customWidget)
+        return least;
+    const QMargins margins = ui->contentLayout->contentsMargins();
+    const int line = width - margins.left() - margins.right();
+    const QLabel *text = ui->lText;
+    int height = ui->header->height() + margins.top() + margins.bottom();
+    height += text->wordWrap() ? text->heightForWidth(line - widthBesideText()) : text->sizeHint().height();
+    if (hasInformative)
+        height += ui->contentLayout->spacing() + ui->lInformativeText->heightForWidth(line);
+    if (hasButtons)
+        height += ui->footer->height();
+    return qMax(least, height);
+}
+
+void Popup::wrapAtScreen()
+{
+    if (!ui->lText->wordWrap())
+        ui->lText->setText(breakableText(ui->lText->text(), unbrokenLetters));
+    setTextWrap();
+}
+
+// What the screen leaves to the frame.
+QSize Popup::screenRoom() const
+{
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableSize() - QSize(2 * shadowMargin, 2 * shadowMargin) : maximumSize();
+}
+
+// The scaled frame has outgrown the window, or shrunk in it; the window follows and keeps its middle, as far as the
+// screen reaches.
 void Popup::followFrame()
 {
     const QSize outer = withShadowMargin(ui->mainFrame->size());
     QRect place(QPoint(), outer);
     place.moveCenter(geometry().center());
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        const QRect available = screen->availableGeometry();
+        place.moveLeft(
+            qMax(available.left(), qMin(place.left(), available.left() + available.width() - outer.width())));
+        place.moveTop(qMax(available.top(), qMin(place.top(), available.top() + available.height() - outer.height())));
+    }
     setMinimumSize(outer);
     setGeometry(place);
 }

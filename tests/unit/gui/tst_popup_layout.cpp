@@ -13,9 +13,10 @@
 
 namespace {
 
-constexpr QSize content(320, 110);
-constexpr QSize frameSize(320 + 30, 110 + 60 + 30);
-constexpr QSize outerSize(320 + 30 + 40, 110 + 60 + 30 + 40);
+// Higher than what stands in it, so that scaling need not make room.
+constexpr QSize content(320, 150);
+constexpr QSize frameSize(320 + 30, 150 + 60 + 30);
+constexpr QSize outerSize(320 + 30 + 40, 150 + 60 + 30 + 40);
 
 QWidget *part(const Popup &popup, const char *name)
 {
@@ -129,7 +130,7 @@ private slots:
         QCOMPARE(popup.minimumSize(), outerSize);
         QCOMPARE(popup.layout()->contentsMargins(), QMargins(20, 20, 20, 20));
         QCOMPARE(part(popup, "lMainTitle")->height(), 42);
-        QVERIFY(log.has("show size: 350 200"));
+        QVERIFY(log.has("show size: 350 240"));
         QVERIFY(!log.has("Resize window failed"));
     }
 
@@ -297,13 +298,13 @@ private slots:
     {
         Popup popup;
         setUp(popup);
-        popup.show(321, 110);
+        popup.show(321, 150);
 
         popup.guiScale(120); // 1.25: 15 gives 18.75, 351 gives 438.75
 
         QCOMPARE(layoutOf(popup, "contentLayout")->contentsMargins(), QMargins(18, 18, 18, 18));
         QCOMPARE(spacerWidth(popup), 18);
-        QCOMPARE(part(popup, "mainFrame")->size(), QSize(439, 250));
+        QCOMPARE(part(popup, "mainFrame")->size(), QSize(439, 300));
     }
 
     void theWindowFollowsItsFrameAndKeepsItsMiddle_data()
@@ -311,7 +312,7 @@ private slots:
         QTest::addColumn<double>("dpi");
         QTest::addColumn<QSize>("frame");
         QTest::newRow("larger") << 192.0 << frameSize * 2;
-        QTest::newRow("smaller") << 72.0 << QSize(263, 150);
+        QTest::newRow("smaller") << 72.0 << QSize(263, 180);
     }
 
     void theWindowFollowsItsFrameAndKeepsItsMiddle()

@@ -1,0 +1,162 @@
+#include "gui/breakable_text.h"
+#include "gui/popup.h"
+#include "look/widget_walk.h"
+#include "shared.h"
+#include "support/testmain.h"
+#include "tst_popup_parts.h"
+
+#include "base/settings.h"
+
+#include <QFontDatabase>
+#include <QScreen>
+
+using namespace PopupParts;
+
+namespace {
+
+const QList<int> densities { 72, 80, 84, 96, 120, 144, 168, 192, 240, 288 };
+
+struct Message {
+    const char *name;
+    QString title;
+    QString text;
+    QSize size;
+    QDialogButtonBox::StandardButtons buttons;
+};
+
+const QList<Message> messages {
+    { "reader warning", "",
+      "Twój czytnik <b></b> nie działa w pełni prawidłowo.<br><b>Niektóre funkcje mogą działać bardzo wolno lub mogą "
+      "być "
+      "nie wspierane.</b><br><br>Upewnij się, czy masz zainstalowane poprawne sterowniki do obsługi czytnika oraz czy "
+      "czytnik spełnia wymagania dla velmor (obsługa Extended APDU).",
+      QSize(500, 200), QDialogButtonBox::Ok },
+    { "quit refused", "Zamykanie aplikacji", "<br/><nobr>Zakończ najpierw operację na czytniku z pinpadem.</nobr><br/>",
+      QSize(), QDialogButtonBox::Close },
+    { "question", "", "Jeden<informative>Dwa i trzy", QSize(), QDialogButtonBox::Yes | QDialogButtonBox::No },
+    { "many buttons", "", "Jeden", QSize(), QDialogButtonBox::Yes | QDialogButtonBox::No | QDialogButtonBox::Cancel },
+    { "path", "", "Nie można zapisać pliku: /home/zaneta/.mozilla/firefox/abcdefgh.default-esr/pkcs11.txt", QSize(),
+      QDialogButtonBox::Close },
+};
+
+} // namespace
+
+// The dialogs at the densities that the program meets: as seen by it, so after the factor that the toolkit applies.
+class TestPopupDensities : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        Shared::loadResources();
+        for (const QString &name : QDir(":/fonts").entryList())
+            QVERIFY(QFontDatabase::addApplicationFont(":/fonts/" + name) >= 0);
+        QApplication::setQuitOnLastWindowClosed(false);
+    }
+
+    void nothingIsCut_data()
+    {
+        QTest::addColumn<QString>("theme");
+        QTest::addColumn<int>("message");
+        for (const char *theme : { "light", "dark", "highContrast" }) {
+            for (int i = 0; i < messages.size(); ++i)
+                QTest::addRow("%s, %s", messages[i].name, theme) << theme << i;
+        }
+    }
+    void nothingIsCut()
+    {
+        QFETCH(QString, theme);
+        QFETCH(int, message);
+        Settings::instance()->setValue("theme", theme);
+        QStringList found;
+        shown(messages[message], [&found](Popup &popup) {
+            for (int density : densities) {
+                popup.guiScale(density);
+                settle();
+                for (const QString &fault : WidgetWalk::faults(&popup))
+                    found << QString("at %1: %2").arg(density).arg(fault);
+            }
+        });
+        QVERIFY2(found.isEmpty(), qPrintable(found.join('\n')));
+    }
+
+    void theTitleGrowsWithItsLetters()
+    {
+        Settings::instance()->setValue("theme", "light");
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(320, 120);
+        QCOMPARE(label(popup, "lMainTitle")->height(), 42);
+
+        popup.guiScale(192);
+
+        QCOMPARE(label(popup, "lMainTitle")->height(), 84);
+    }
+
+    void aLongPathWrapsAtTheScreen_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("density");
+        const QString words = QString("/home/Żaneta Brzęczyszczykiewicz/katalog").repeated(6);
+        const QString oneName = "/home/" + QString("w").repeated(400);
+        const QString windows = QString("C:\\Users\\katalog").repeated(20);
+        for (int density : { 96, 192, 288 }) {
+            QTest::addRow("words at %d", density) << words << density;
+            QTest::addRow("one name at %d", density) << oneName << density;
+            QTest::addRow("backslashes at %d", density) << windows << density;
+        }
+    }
+    void aLongPathWrapsAtTheScreen()
+    {
+        QFETCH(QString, path);
+        QFETCH(int, density);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        shown({ "", "", "Nie można zapisać pliku: " + path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+            popup.guiScale(density);
+            settle();
+
+            QVERIFY2(popup.width() <= screen.width(), qPrintable(QString::number(popup.width())));
+            QVERIFY(popup.geometry().left() >= screen.left() && popup.geometry().right() <= screen.right());
+            const QStringList found = WidgetWalk::faults(&popup);
+            QVERIFY2(found.isEmpty(), qPrintable(found.join('\n')));
+            // Nothing of the path is lost.
+            QVERIFY(label(popup, "lText")->text().remove(QChar(0x200B)).contains(path));
+        });
+    }
+
+    void textThatFitsIsLeftAsItIs()
+    {
+        shown({ "", "", "plik /home/jan/a.txt", QSize(), QDialogButtonBox::Close }, [](Popup &popup) {
+            QVERIFY(!label(popup, "lText")->wordWrap());
+            QVERIFY(!label(popup, "lText")->text().contains(QChar(0x200B)));
+        });
+    }
+
+    void breaksStandBetweenLettersOnly()
+    {
+        const QString mark(QChar(0x200B));
+        QCOMPARE(breakableText("a/b\\c", 9), "a/" + mark + "b\\" + mark + "c");
+        QCOMPARE(breakableText("<a href='x/y'>abcd</a>", 2), "<a href='x/y'>ab" + mark + "cd" + mark + "</a>");
+        QCOMPARE(breakableText("&amp;&amp;ab c", 2), "&amp;&amp;ab" + mark + " c");
+    }
+
+private:
+    // Each turn lays out what the one before has changed.
+    static void settle()
+    {
+        for (int turn = 0; turn < 4; ++turn)
+            QCoreApplication::processEvents();
+    }
+
+    static void shown(const Message &message, const std::function<void(Popup &)> &look)
+    {
+        whenShown([&look](Popup &popup) {
+            look(popup);
+            popup.done(0);
+        });
+        Popup::runModal(Popup::Warning, nullptr, message.title, message.text, message.size, message.buttons);
+    }
+};
+
+VELMOR_TEST(TestPopupDensities)
+#include "tst_popup_densities.moc"

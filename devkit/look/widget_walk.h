@@ -122,6 +122,11 @@ inline QString sizeText(QSize size)
     return QString("%1x%2").arg(size.width()).arg(size.height());
 }
 
+inline QString rectText(QRect rect)
+{
+    return QString("%1,%2 %3").arg(rect.x()).arg(rect.y()).arg(sizeText(rect.size()));
+}
+
 inline QList<const QWidget *> visibleIn(const QWidget *window)
 {
     QList<const QWidget *> all;
@@ -143,7 +148,9 @@ inline QStringList faults(const QWidget *window)
                          .arg(nameOf(widget), sizeText(room.needed), sizeText(room.given));
         const QRect around = widget->parentWidget()->rect();
         if (!around.contains(widget->geometry()))
-            found << QString("%1 reaches out of %2").arg(nameOf(widget), nameOf(widget->parentWidget()));
+            found << QString("%1 (%2) reaches out of %3 (%4)")
+                         .arg(nameOf(widget), rectText(widget->geometry()), nameOf(widget->parentWidget()),
+                              sizeText(around.size()));
         const QRect content = contentOf(widget, window);
         if (!content.isEmpty())
             contents << qMakePair(widget, content);

@@ -132,6 +132,7 @@ inline void LookWindow::useTheme(const QString &theme)
 inline void LookWindow::fillSamples()
 {
     ui.lVersion->setText("Wersja aplikacji: <b>4.3.5</b>");
+    ui.lMainTitle->setGeometry(30, 15, 421, 31); // above a subtitle
     ui.lSubTitle->setText("Certyfikat do identyfikacji i uwierzytelniania");
     ui.lCommonNameVal->setText("Żaneta Władysława");
     ui.lsurnameVal->setText("Święcicka-Brzęczyszczykiewicz");
@@ -152,12 +153,12 @@ inline void LookWindow::fillSamples()
     ui.lDisconnect->setText("Brak połączenia \nZdejmij i przyłóż ponownie velmor do czytnika");
     ui.loadingDesc->setText("Odblokowywanie PIN-u \n Proszę czekać");
     ui.layoutChecks->addWidget(new QCheckBox("Przeglądarkach: Chrome, Chromium, Edge"));
-    ui.lIntegration->setText("Ustawienia pozostały bez zmian dla aplikacji \"Chrome, Chromium, Edge\".");
 }
 
 inline QStringList LookWindow::pages() const
 {
-    QStringList names { "loading", "home disabled", "home hovered", "pinpad change", "pinpad unblock", "blocked" };
+    QStringList names { "loading",        "home disabled", "home hovered", "pinpad change",
+                        "pinpad unblock", "blocked",       "take card off" };
     for (int i = 0; i < ui.pager->count(); ++i)
         names << ui.pager->widget(i)->objectName();
     return names;
@@ -172,6 +173,13 @@ inline void LookWindow::showPage(const QString &page)
         chosen = ui.pageHome;
     if (page.startsWith("pinpad"))
         chosen = page.endsWith("unblock") ? ui.pageUnblockPin : ui.pageChangePin;
+    if (page == "take card off")
+        chosen = ui.pageIntegration;
+    ui.lchange_card->setVisible(page == "take card off");
+    ui.lIntegration->setText(page == "take card off"
+                                 ? "Ustawienia zostały zapisane<br/><br/><br/><br/><br/>Zdejmij i przyłóż ponownie "
+                                   "velmor do czytnika"
+                                 : "Ustawienia pozostały bez zmian dla aplikacji \"Chrome, Chromium, Edge\".");
     if (page != "loading")
         ui.pager->setCurrentWidget(chosen);
     ui.pagerBlockedPuk->setCurrentWidget(page == "blocked" ? ui.pageBlockedPuk : ui.pageValidPuk);

@@ -99,7 +99,8 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIsSet("VELMOR_TOUR_MANUAL"))
         Driver::writeReadersConf(QByteArray(Tour::reader) + "=E65535\r\n");
 
-    const int density = qRound(96 * QGuiApplication::primaryScreen()->devicePixelRatio());
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const int density = qRound(screen->logicalDotsPerInch() * screen->devicePixelRatio());
     Tour tour(args[1], QString("-%1-%2").arg(theme).arg(density));
     bool done = true;
     for (const State &state : allStates()) {

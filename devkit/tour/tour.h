@@ -27,15 +27,19 @@ public:
     // For a state that is a dialog: calls `open`, which runs the dialog, keeps its picture for take and closes it.
     bool showDialog(const std::function<void()> &open);
 
-    // Leaves the picture of the window, or of the dialog that was shown last.
+    // Leaves the picture of the window, or of the dialog that was shown last. False if it cannot be written, or if a
+    // text is cut or a widget covers another.
     bool take(const QString &name);
 
     // All pictures of this run on one.
     bool contactSheet() const;
 
 private:
+    void keepDialog(QWidget &shown);
+
     QString target;
     QString ending;
     QPixmap dialog;
+    QStringList dialogFaults;
     QStringList pictures;
 };

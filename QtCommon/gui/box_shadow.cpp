@@ -67,6 +67,8 @@ void BoxShadow::draw(QPainter *painter)
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }
+    painter->save();
+    painter->setClipPath(aroundBox(target), Qt::IntersectClip);
     const qreal toX[] = { target.left(), target.left() + corner, target.right() - corner, target.right() };
     const qreal toY[] = { target.top(), target.top() + corner, target.bottom() - corner, target.bottom() };
     const int from[] = { 0, corner, corner + 1, 2 * corner + 1 };
@@ -80,7 +82,18 @@ void BoxShadow::draw(QPainter *painter)
             painter->drawPixmap(to, patch, source);
         }
     }
+    painter->restore();
     drawWidget(painter);
+}
+
+// Where the box is not, for its ring may leave a line of the ground open. Less by the edge, whose pixels are mixed.
+QPainterPath BoxShadow::aroundBox(const QRectF &shadow) const
+{
+    constexpr qreal edge = 1;
+    QPainterPath path;
+    path.addRect(shadow);
+    path.addRoundedRect(sourceBoundingRect().adjusted(edge, edge, -edge, -edge), cornerRadius, cornerRadius);
+    return path;
 }
 
 void BoxShadow::drawWidget(QPainter *painter)

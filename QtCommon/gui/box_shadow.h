@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QGraphicsDropShadowEffect>
+#include <QPainterPath>
 #include <QPixmap>
 
 // The drop shadow of a filled box. Looks like its base class on a box of one colour, and is drawn in a fraction of the
@@ -21,6 +22,7 @@ private:
     void renderPatch(qreal ratio);
     // Side of a corner of the patch, beyond which the shadow no longer changes along an edge.
     int cornerOf(int reach) const;
+    QPainterPath aroundBox(const QRectF &shadow) const;
     void drawWidget(QPainter *painter);
 
     QWidget *widget;

@@ -95,6 +95,29 @@ private slots:
         QVERIFY2(worst <= 5, qPrintable(QString("%1 at %2, %3").arg(worst).arg(where.x()).arg(where.y())));
     }
 
+    // A ring round a button leaves a line of the ground open.
+    void doesNotShineThroughTheBox()
+    {
+        QWidget ground;
+        fill(ground, Qt::white);
+        ground.resize(300, 124);
+        QFrame box(&ground);
+        box.setStyleSheet("border: 2px solid black; border-radius: 10px; padding: 2px; background-clip: content;"
+                          "background: red;");
+        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        auto *shadow = new BoxShadow(&box, 12);
+        shadow->setBlurRadius(10);
+        shadow->setOffset(1, 1);
+        box.setGraphicsEffect(shadow);
+
+        const QImage image = grab(ground, 1);
+
+        for (int i : { 2, 3 }) {
+            QCOMPARE(image.pixelColor(margin + i, 62), QColor(Qt::white));
+            QCOMPARE(image.pixelColor(150, 124 - margin - 1 - i), QColor(Qt::white));
+        }
+    }
+
     void fallsOnAllFourSides()
     {
         const QImage image = quick();

@@ -83,11 +83,16 @@ void TestLookDetails::readerBoxHoldsTextAndThirtyPixels()
     look->ui.cbReaders->setFixedWidth(advance + 30);
     QCoreApplication::processEvents();
 
-    QStyleOptionComboBox option;
-    option.initFrom(look->ui.cbReaders);
-    const QRect text = look->ui.cbReaders->style()->subControlRect(QStyle::CC_ComboBox, &option,
-                                                                   QStyle::SC_ComboBoxEditField, look->ui.cbReaders);
-    QVERIFY2(text.width() - 2 >= advance, qPrintable(QString::number(text.width())));
+    for (bool focused : { false, true }) {
+        if (focused)
+            look->ui.cbReaders->setFocus(Qt::TabFocusReason);
+        QStyleOptionComboBox option;
+        option.initFrom(look->ui.cbReaders);
+        QCOMPARE(option.state.testFlag(QStyle::State_HasFocus), focused);
+        const QRect text = look->ui.cbReaders->style()->subControlRect(
+            QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, look->ui.cbReaders);
+        QVERIFY2(text.width() - 2 >= advance, qPrintable(QString::number(text.width())));
+    }
 }
 
 void TestLookDetails::hintsDoNotMoveTheFields()

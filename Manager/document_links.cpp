@@ -17,6 +17,11 @@ QString encoded(const QString &path)
 
 } // namespace
 
+QString inLinkColour(QString html, const QColor &colour)
+{
+    return html.replace("<a href", QString("<a style=\"color:%1;\" href").arg(colour.name()));
+}
+
 QString documentLink(const QString &path, const QString &title)
 {
     // The template has the slash of an absolute path; a path that brings its own gives it up.

@@ -59,6 +59,15 @@ void showFieldHint(QLabel *label, PinTexts::Colour colour, const QString &text)
     label->show();
 }
 
+void setResultColour(QWidget *frame, PinTexts::Colour colour)
+{
+    // By name, or the colours would reach into each other's widgets.
+    frame->setStyleSheet(
+        QString("QFrame#pinChangedFrame { background: transparent; border: 2px solid %1; border-radius: 12px; }\n"
+                "QLabel#lPinChanged { color: %1; }")
+            .arg(PinTexts::colourValue(colour)));
+}
+
 void enableWhenComplete(QAbstractButton *button, const QList<PinEntry> &entries)
 {
     button->setEnabled(false);

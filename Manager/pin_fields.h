@@ -24,6 +24,9 @@ void setFieldStyle(QLineEdit *lineEdit, bool good);
 // sheet, which therefore grows at each call; this is meant.
 void showFieldHint(QLabel *label, PinTexts::Colour colour, const QString &text);
 
+// Frame and text of the page with the result of a PIN operation.
+void setResultColour(QWidget *frame, PinTexts::Colour colour);
+
 // One field with its hint, as the pages check them at every edit.
 struct PinEntry {
     QLineEdit *field;

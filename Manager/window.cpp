@@ -158,6 +158,8 @@ void Window::setFixedTexts()
     // Two blanks, which is meant.
     ui->lLicense->setText(documentLink(app->licensePath(), "Umowa  Licencyjna"));
     ui->lChangelog->setText(documentLink(app->changelogPath(), "Historia Zmian"));
+    for (QLabel *label : { ui->lPukBlocked, ui->lPukBlocked_2 })
+        label->setText(inLinkColour(label->text(), guiBase->colour("link")));
     auto *focus = new LinkFocus(this);
     for (QLabel *link : { ui->lGuide, ui->lLicense, ui->lChangelog })
         focus->watch(link);

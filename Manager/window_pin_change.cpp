@@ -222,11 +222,7 @@ void Window::showResultPage(const QString &text, PinTexts::Colour colour, int ti
 {
     ui->cbReaders->setEnabled(false);
     ui->lPinChanged->setText(text);
-    // By name, or the colours would reach into each other's widgets.
-    ui->pinChangedFrame->setStyleSheet(
-        QString("QFrame#pinChangedFrame { background: transparent; border: 2px solid %1; border-radius: 12px; }\n"
-                "QLabel#lPinChanged { color: %1; }")
-            .arg(PinTexts::colourValue(colour)));
+    setResultColour(ui->pinChangedFrame, colour);
     const QString title = PinTexts::pageTitle(titleKey);
     const QString subtitle = containerTitle(conteiner);
     setPageTitle(title, subtitle);

@@ -13,6 +13,7 @@
 #include <QMargins>
 #include <QPainter>
 #include <QScreen>
+#include <QSettings>
 #include <QStyle>
 #include <QSvgRenderer>
 #include <QSysInfo>
@@ -134,6 +135,11 @@ void GuiBase::load()
 QString GuiBase::path(const QString &file) const
 {
     return QString(":/themes/%1/%2").arg(name, file);
+}
+
+QColor GuiBase::colour(const QString &role) const
+{
+    return QColor(QSettings(path("colours.ini"), QSettings::IniFormat).value(role).toString());
 }
 
 QString GuiBase::file(const QString &file) const

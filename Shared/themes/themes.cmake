@@ -7,16 +7,16 @@ set(velmor_theme_icons
     "arrow_hover | chevron-right | arrowHoverIcon"
     "arrow_off   | chevron-right | tileOffText"
     "down        | chevron-down  | text"
-    "down_off    | chevron-down  | disabledText"
+    "down_off    | chevron-down  | offIcon"
     "key         | key           | neutralText"
     "key_hover   | key           | neutralHoverText"
     "key_off     | key           | offText"
     "settings    | settings      | text"
-    "settings_off| settings      | disabledText"
+    "settings_off| settings      | offIcon"
     "help        | help          | text"
-    "help_off    | help          | disabledText"
+    "help_off    | help          | offIcon"
     "update      | update        | accent"
-    "update_off  | update        | disabledText"
+    "update_off  | update        | offIcon"
     "check       | check         | boxMark"
     "loader      | loader        | accent"
     "loader_photo| loader_photo  | accent")
@@ -37,6 +37,9 @@ function(velmor_theme theme folder result)
         file(CONFIGURE OUTPUT ${folder}/styles-${sheet}.css CONTENT "${common}\n${own}" @ONLY)
         list(APPEND files ${folder}/styles-${sheet}.css)
     endforeach()
+    # What the program itself has to know.
+    file(CONFIGURE OUTPUT ${folder}/colours.ini CONTENT "link=@link@\n" @ONLY)
+    list(APPEND files ${folder}/colours.ini)
     foreach(row IN LISTS velmor_theme_icons)
         string(REGEX REPLACE " *\\| *" ";" row "${row}")
         list(GET row 0 name)

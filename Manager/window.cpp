@@ -15,6 +15,7 @@
 #include "gui/gui_base.h"
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
+#include "gui/key_focus.h"
 #include "gui/link_focus.h"
 #include "gui/secret_text.h"
 #include "ipc/ipc.h"
@@ -59,6 +60,7 @@ Window::Window(QWidget *parent) :
 {
     showCardsToScreenReaders();
     tellSecretsAsBullets();
+    KeyFocus::watch();
     setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
     ui->setupUi(this);
     createGuiHelpers();

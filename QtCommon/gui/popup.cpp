@@ -5,6 +5,7 @@
 #include "gui/anim_widget.h"
 #include "gui/gui_base.h"
 #include "gui/gui_scaler.h"
+#include "gui/key_focus.h"
 #include "ui_popup.h"
 
 #include <QDebug>
@@ -52,6 +53,7 @@ void repolish(QWidget *widget)
 Popup::Popup(QWidget *parentWindow, const QString &title) :
     GuiDialog(parentWindow), ui(new Ui::Popup), app(App::instance()), guiBase(GuiBase::instance())
 {
+    KeyFocus::watch();
     ui->setupUi(this);
     // Once and before all else: the flags hide a dialog that is shown, and forget which widget has the focus.
     setWindowFlags(Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);

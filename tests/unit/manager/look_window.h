@@ -3,6 +3,7 @@
 #include "support/testmain.h"
 
 #include "document_links.h"
+#include "gui/key_focus.h"
 #include "pin_fields.h"
 #include "shared.h"
 #include "ui_window.h" // which its includers name too: only sources are scanned for forms
@@ -121,6 +122,7 @@ inline LookWindow::LookWindow()
 inline void LookWindow::loadFonts()
 {
     QApplication::setAttribute(Qt::AA_Use96Dpi);
+    KeyFocus::watch();
     Shared::loadResources();
     for (const QString &name : QDir(":/fonts").entryList())
         QVERIFY(QFontDatabase::addApplicationFont(":/fonts/" + name) >= 0);

@@ -1,0 +1,81 @@
+#include "gui/key_focus.h"
+#include "support/testmain.h"
+
+#include <QVBoxLayout>
+
+// Rings round plain text are for who moves by Tab.
+class TestKeyFocus : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        KeyFocus::watch();
+        KeyFocus::watch();
+        QCOMPARE(qApp->findChildren<KeyFocus *>().size(), 1);
+    }
+
+    void init()
+    {
+        window = std::make_unique<QWidget>();
+        auto *layout = new QVBoxLayout(window.get());
+        for (QWidget *widget : std::initializer_list<QWidget *> { button = new QPushButton("a"), text = new QLabel("b"),
+                                                                  frame = new QFrame, field = new QLineEdit }) {
+            layout->addWidget(widget);
+            widget->setFocusPolicy(widget == button || widget == field ? Qt::StrongFocus : Qt::TabFocus);
+        }
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    void tabShowsTheRingAndLeavingTakesIt()
+    {
+        QTest::keyClick(button, Qt::Key_Tab);
+        QVERIFY(text->hasFocus() && isMarked(text));
+
+        QTest::keyClick(text, Qt::Key_Tab);
+        QVERIFY(!isMarked(text) && isMarked(frame));
+
+        QTest::keyClick(frame, Qt::Key_Tab, Qt::ShiftModifier);
+        QVERIFY(isMarked(text) && !isMarked(frame));
+    }
+
+    // As pages do it when they are entered: the screen reader speaks, the eye sees no frame.
+    void theProgramsOwnFocusShowsNoneAfterAClick()
+    {
+        text->setFocus();
+        QVERIFY(text->hasFocus() && !isMarked(text));
+    }
+
+    void theProgramsOwnFocusShowsItToWhoMovesByTab()
+    {
+        field->setFocus(Qt::TabFocusReason);
+        text->setFocus();
+        QVERIFY(isMarked(text));
+
+        QTest::mouseClick(button, Qt::LeftButton);
+        text->setFocus();
+        QVERIFY(!isMarked(text));
+    }
+
+    void whatIsWorkedIsLeftToItsStyle()
+    {
+        QTest::keyClick(frame, Qt::Key_Tab);
+        field->setFocus(Qt::TabFocusReason);
+        QVERIFY(field->hasFocus());
+        QVERIFY(!field->property("KeyFocus").isValid() && !button->property("KeyFocus").isValid());
+    }
+
+private:
+    static bool isMarked(const QWidget *widget) { return widget->property("KeyFocus").toBool(); }
+
+    std::unique_ptr<QWidget> window;
+    QWidget *button;
+    QWidget *text;
+    QWidget *frame;
+    QWidget *field;
+};
+
+VELMOR_TEST(TestKeyFocus)
+#include "tst_key_focus.moc"

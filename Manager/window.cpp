@@ -29,6 +29,7 @@
 
 #include <QApplication>
 #include <QDebug>
+#include <QFile>
 #include <QIcon>
 #include <QSslSocket>
 #include <QTextDocument>
@@ -125,9 +126,33 @@ void Window::createGuiHelpers()
     scaler->setFactor(1.0);
     scaler->svg({ ui->lfooter, ui->lostrel, ui->lno_connection, ui->lpinpad, ui->lchange_card });
     scaler->svgOne(ui->lPinPadImg_2, "pinpad.svg");
+    drawInTheme();
     const QString style = guiBase->file("styles-window.css");
     if (!style.isEmpty())
         ui->mainFrame->setStyleSheet(style);
+}
+
+// In the colours of the theme, where it is not the one for which the pictures are drawn.
+void Window::drawInTheme()
+{
+    const struct {
+        QLabel *label;
+        const char *file;
+    } drawings[] = {
+        { ui->lfooter, "footer.svg" },
+        { ui->lostrel, "ostrel.svg" },
+        { ui->lno_connection, "no_connection.svg" },
+        { ui->lpinpad, "pinpad.svg" },
+        { ui->lchange_card, "change_card.svg" },
+        { ui->lPinPadImg_2, "pinpad.svg" },
+    };
+    for (const auto &row : drawings) {
+        const QString own = guiBase->path(row.file);
+        if (QFile::exists(own))
+            scaler->svgOne(row.label, own);
+    }
+    for (QLabel *photo : { ui->lPhoto, ui->lPhotoLarge })
+        photo->setPixmap(QIcon(guiBase->picture("no_photo.svg")).pixmap(photo->size()));
 }
 
 void Window::applyShadows()

@@ -148,6 +148,7 @@ protected:
 private:
     // window.cpp
     void createGuiHelpers();
+    void drawInTheme();
     void applyShadows();
     void hideOptionalWidgets();
     void setFixedTexts();

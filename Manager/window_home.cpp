@@ -5,6 +5,7 @@
 // be pressed, the counts of certificates which tiles.
 
 #include "card/card_tables.h"
+#include "gui/gui_base.h"
 #include "gui/hover_parameter.h"
 #include "home_cards.h"
 #include "ui_window.h"
@@ -179,7 +180,7 @@ void Window::showPhotoIn(QLabel *label)
 {
     const qreal ratio = label->devicePixelRatioF();
     if (card.photo.isNull()) {
-        label->setPixmap(QIcon(":/images/no_photo.svg").pixmap(label->windowHandle(), label->size()));
+        label->setPixmap(QIcon(guiBase->picture("no_photo.svg")).pixmap(label->windowHandle(), label->size()));
         return;
     }
     // In the screen's own pixels, so that the photo stays sharp on a dense screen.

@@ -137,6 +137,12 @@ QString GuiBase::path(const QString &file) const
     return QString(":/themes/%1/%2").arg(name, file);
 }
 
+QString GuiBase::picture(const QString &file) const
+{
+    const QString own = path(file);
+    return QFile::exists(own) ? own : ":/images/" + file;
+}
+
 QColor GuiBase::colour(const QString &role) const
 {
     return QColor(QSettings(path("colours.ini"), QSettings::IniFormat).value(role).toString());

@@ -44,6 +44,8 @@ public:
     // Path of a theme's file among the resources, and its text, which is empty if there is no such file.
     QString path(const QString &file) const;
     QString file(const QString &file) const;
+    // Path of a drawing of ":/images/": the theme's own where it has one.
+    QString picture(const QString &file) const;
     // For what no style sheet reaches; not valid if the theme has no such colour.
     QColor colour(const QString &role) const;
 

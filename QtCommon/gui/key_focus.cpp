@@ -4,7 +4,7 @@
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QComboBox>
-#include <QFocusEvent>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QStyle>
 
@@ -38,13 +38,15 @@ void KeyFocus::watch()
 bool KeyFocus::eventFilter(QObject *object, QEvent *event)
 {
     const QEvent::Type type = event->type();
+    // By the keys and not by the reason of the focus: a window that is shown gives its first one as Tab would.
     if (type == QEvent::MouseButtonPress)
         tabbed = false;
+    if (type == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        tabbed = tabbed || key == Qt::Key_Tab || key == Qt::Key_Backtab;
+    }
     if ((type != QEvent::FocusIn && type != QEvent::FocusOut) || !object->isWidgetType())
         return false;
-    const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-    if (type == QEvent::FocusIn && (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason))
-        tabbed = true;
     auto *widget = static_cast<QWidget *>(object);
     if (isText(widget))
         mark(widget, type == QEvent::FocusIn && tabbed);

@@ -20,5 +20,5 @@ protected:
 private:
     using QObject::QObject;
 
-    bool tabbed = false; // the last to move the focus were these keys, not the mouse
+    bool tabbed = false; // since the mouse was last pressed
 };

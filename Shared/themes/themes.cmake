@@ -10,6 +10,7 @@ set(velmor_theme_icons
     "down_off    | chevron-down  | offIcon"
     "key         | key           | neutralText"
     "key_hover   | key           | neutralHoverText"
+    "key_down    | key           | neutralDownText"
     "key_off     | key           | offText"
     "settings    | settings      | text"
     "settings_off| settings      | offIcon"
@@ -20,6 +21,23 @@ set(velmor_theme_icons
     "check       | check         | boxMark"
     "loader      | loader        | accent"
     "loader_photo| loader_photo  | accent")
+
+# Drawings of images/ in the colours of the light theme, which has them from there. The other themes get their own.
+set(velmor_theme_pictures blocked change_card footer no_chip no_connection no_photo ostrel pinpad)
+
+function(velmor_theme_picture name target)
+    set(source ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../images/${name}.svg)
+    file(READ ${source} drawing)
+    foreach(pair "98A0A7 pictureLine" "848D94 pictureLine" "9E0231 pictureAccent" "C2185B pictureAccent"
+            "ECEDEE pictureGround")
+        separate_arguments(pair)
+        list(GET pair 0 colour)
+        list(GET pair 1 token)
+        string(REPLACE "#${colour}" "${${token}}" drawing "${drawing}")
+    endforeach()
+    file(CONFIGURE OUTPUT ${target} CONTENT "${drawing}" @ONLY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+endfunction()
 
 # Writes the files of one theme into a folder and lists them in `result`.
 function(velmor_theme theme folder result)
@@ -37,6 +55,12 @@ function(velmor_theme theme folder result)
         file(CONFIGURE OUTPUT ${folder}/styles-${sheet}.css CONTENT "${common}\n${own}" @ONLY)
         list(APPEND files ${folder}/styles-${sheet}.css)
     endforeach()
+    if(NOT pictures STREQUAL ":/images")
+        foreach(name IN LISTS velmor_theme_pictures)
+            velmor_theme_picture(${name} ${folder}/${name}.svg)
+            list(APPEND files ${folder}/${name}.svg)
+        endforeach()
+    endif()
     # What the program itself has to know.
     file(CONFIGURE OUTPUT ${folder}/colours.ini CONTENT "link=@link@\n" @ONLY)
     list(APPEND files ${folder}/colours.ini)

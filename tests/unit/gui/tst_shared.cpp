@@ -90,7 +90,17 @@ void TestShared::themeHasItsFiles()
 
     for (const char *name : { "styles-window.css", "styles-popup.css", "loader.svg", "loader_photo.svg" })
         QVERIFY2(!textOf(QString(":/themes/%1/%2").arg(theme, name)).isEmpty(), name);
-    QCOMPARE(QDir(":/themes/" + theme).entryList(), QDir(":/themes/light").entryList());
+    QStringList files = QDir(":/themes/light").entryList();
+    // The pictures are drawn in the colours of the light theme, so that it needs none of its own.
+    if (theme != "light") {
+        for (const char *name :
+             { "blocked", "change_card", "footer", "no_chip", "no_connection", "no_photo", "ostrel", "pinpad" })
+            files << QString(name) + ".svg";
+    }
+    files.sort();
+    QStringList found = QDir(":/themes/" + theme).entryList();
+    found.sort();
+    QCOMPARE(found, files);
 }
 
 void TestShared::everyFileOfAStyleExists_data()

@@ -85,6 +85,7 @@ void TestLookFocus::init()
 {
     look = std::make_unique<LookWindow>();
     QVERIFY(QTest::qWaitForWindowActive(&look->window));
+    QTest::keyClick(&look->window, Qt::Key_Tab); // who moves by this key sees the rings of text as well
 }
 
 void TestLookFocus::tryStop(QWidget *widget, QWidget *shown)

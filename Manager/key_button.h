@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QPushButton>
+
+// A button with a key before its word. The program puts seven blanks before the word, which leave the room for the key;
+// the two together stand in the middle, and as far apart whatever the word is.
+class KeyButton : public QPushButton {
+    Q_OBJECT
+    // Path of the key's picture among the resources, with "%1" for its state; set by the style sheet.
+    Q_PROPERTY(QString pictures MEMBER pictures)
+
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QString pictureNow() const;
+
+    QString pictures;
+};

@@ -22,6 +22,7 @@
 #include "platform/open_outside.h"
 #include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
+#include "reader_box.h"
 #include "text_width.h"
 #include "thproxy.h"
 #include "tile_shadow.h"
@@ -208,6 +209,7 @@ void Window::connectHeaderAndFooter()
     connect(ui->bClose, &QAbstractButton::clicked, this, &Window::quitClicked);
     connect(ui->bMinimalize, &QAbstractButton::clicked, this, &Window::minimizeClicked);
     connect(ui->bWroc, &QAbstractButton::clicked, this, &Window::checkAndMoveToHomePage);
+    prepareReaderBox(ui->cbReaders);
     connect(ui->cbReaders, QOverload<int>::of(&QComboBox::activated), this, &Window::selectReader);
     connect(ui->bSettings, &QAbstractButton::clicked, this, &Window::moveToSettingsPage);
     connect(ui->bHelp, &QAbstractButton::clicked, this, &Window::moveToHelpPage);

@@ -8,6 +8,7 @@
 #include "base/common.h"
 #include "gui/popup.h"
 #include "ipc/ipc.h"
+#include "reader_box.h"
 #include "reader_list.h"
 #include "ui_window.h"
 
@@ -19,7 +20,6 @@
 namespace {
 
 constexpr std::chrono::milliseconds focusDelay { 1000 };
-constexpr int comboExtraWidth = 30;
 
 } // namespace
 
@@ -30,9 +30,7 @@ bool Window::isReader() const
 
 void Window::updateReaderWidth()
 {
-    ui->cbReaders->ensurePolished();
-    const QFontMetrics metrics(ui->cbReaders->font());
-    ui->cbReaders->setFixedWidth(metrics.horizontalAdvance(ui->cbReaders->currentText()) + comboExtraWidth);
+    fitReaderBox(ui->cbReaders, ui->bReaderWarning);
 }
 
 void Window::enableReadersOnlyWithChoice()

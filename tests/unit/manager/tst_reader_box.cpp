@@ -1,0 +1,114 @@
+#include "look_window.h"
+#include "reader_box.h"
+#include "ui_window.h"
+
+#include "look/widget_walk.h"
+
+#include <QAbstractItemView>
+
+namespace {
+
+const QStringList names {
+    "OMNIA Smart 3121",
+    "Czytnik zbliżeniowy Żółć Interface (kontaktowy i bezstykowy) 00 00",
+    "Broadgate Corp Contacted SmartCard Reader with Secure Keypad 01 02",
+};
+
+} // namespace
+
+// The box of the readers with a choice: enabled, opened, in all themes.
+class TestReaderBox : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { LookWindow::loadFonts(); }
+    void rowsAreHighAndNamesWhole_data() { themeRows(); }
+    void rowsAreHighAndNamesWhole();
+    void aNameThatTheWindowCannotHoldStaysInside();
+    void theWarningIsWholeOrJustItsSign();
+};
+
+void TestReaderBox::rowsAreHighAndNamesWhole()
+{
+    QFETCH(QString, theme);
+    LookWindow look;
+    QVERIFY(QTest::qWaitForWindowActive(&look.window));
+    look.useTheme(theme);
+    look.showPage("pageHome");
+    QComboBox *box = look.ui.cbReaders;
+    prepareReaderBox(box);
+    box->clear();
+    box->addItems(names);
+    QVERIFY(box->isEnabled());
+
+    for (int chosen = 0; chosen < names.size(); ++chosen) {
+        box->setCurrentIndex(chosen);
+        fitReaderBox(box, look.ui.bReaderWarning);
+        QCoreApplication::processEvents();
+        QCOMPARE(box->width(), box->fontMetrics().horizontalAdvance(names[chosen]) + 30);
+        const QStringList found = WidgetWalk::faults(look.ui.frameReaders);
+        QVERIFY2(found.isEmpty(), qPrintable(found.join('\n')));
+    }
+
+    box->showPopup();
+    QTRY_VERIFY(box->view()->isVisible());
+    const QAbstractItemView *list = box->view();
+    const QImage image = list->viewport()->grab().toImage();
+    for (int row = 0; row < names.size(); ++row) {
+        const QRect place = list->visualRect(box->model()->index(row, 0));
+        QVERIFY2(place.height() >= 30, qPrintable(QString::number(place.height())));
+        const int advance = list->fontMetrics().horizontalAdvance(names[row]);
+        QVERIFY2(place.width() >= advance + 8, qPrintable(QString("%1 of %2").arg(place.width()).arg(advance)));
+        QVERIFY(list->viewport()->rect().contains(place));
+        // The row that is chosen has colours of its own.
+        const QColor ground = background(image, place);
+        double strongest = 1;
+        for (int y = place.top(); y <= place.bottom(); ++y) {
+            for (int x = place.left(); x <= place.right(); ++x)
+                strongest = std::max(strongest, contrast(image.pixelColor(x, y), ground));
+        }
+        QVERIFY2(strongest >= wanted(theme), qPrintable(QString("row %1: %2").arg(row).arg(strongest)));
+    }
+    // In the window, as far as it reaches to the right.
+    const QPoint corner = look.ui.mainFrame->mapFromGlobal(list->window()->mapToGlobal(QPoint()));
+    QVERIFY(corner.x() + list->window()->width() <= 900);
+    box->hidePopup();
+}
+
+void TestReaderBox::aNameThatTheWindowCannotHoldStaysInside()
+{
+    LookWindow look;
+    look.useTheme("light");
+    look.showPage("pageHome");
+    look.ui.cbReaders->clear();
+    look.ui.cbReaders->addItem(QString("Czytnik bez końca ").repeated(12));
+
+    fitReaderBox(look.ui.cbReaders, look.ui.bReaderWarning);
+    QCoreApplication::processEvents();
+
+    const QRect place(look.ui.cbReaders->mapTo(look.ui.mainFrame, QPoint()), look.ui.cbReaders->size());
+    QVERIFY(place.right() < 900 - 24);
+    QVERIFY(look.ui.cbReaders->view()->minimumWidth() < 900);
+}
+
+void TestReaderBox::theWarningIsWholeOrJustItsSign()
+{
+    LookWindow look;
+    look.useTheme("light");
+    look.showPage("pageHome");
+    const auto show = [&](const QString &name) {
+        look.ui.cbReaders->clear();
+        look.ui.cbReaders->addItem(name);
+        fitReaderBox(look.ui.cbReaders, look.ui.bReaderWarning);
+        QCoreApplication::processEvents();
+    };
+
+    show(names[2]);
+    QVERIFY(look.ui.bReaderWarning->isHidden() && look.ui.bWarningIcon->isVisible());
+
+    show(names[0]);
+    QVERIFY(look.ui.bReaderWarning->isVisible());
+}
+
+VELMOR_TEST(TestReaderBox)
+#include "tst_reader_box.moc"

@@ -7,6 +7,7 @@
 #include "card/card_tables.h"
 #include "cert_widget.h"
 #include "certificate_text.h"
+#include "gui/spoken_focus.h"
 #include "platform/os.h"
 #include "ui_window.h"
 
@@ -38,11 +39,17 @@ void Window::fillCertificates(const QString &name)
     table->clear();
     table->setFocusPolicy(Qt::NoFocus);
     QList<QSslCertificate> certificates;
-    for (const QByteArray &der : card.certs.certs(CertStore::containerIndex(name)))
+    const QByteArrayList stored = card.certs.certs(CertStore::containerIndex(name));
+    for (const QByteArray &der : stored)
         certificates += QSslCertificate::fromData(der, QSsl::Der);
     const int count = certificates.size();
     table->setColumnCount(count == 0 ? 0 : CertificateText::columns(count));
     table->setRowCount(CertificateText::rows(count));
+    // Else the page would be empty, and not a word be said of it.
+    const bool unreadable = count == 0 && !stored.isEmpty();
+    ui->lCertUnreadable->setVisible(unreadable);
+    if (unreadable)
+        focusAloud(ui->lCertUnreadable);
     for (int i = 0; i < count; ++i) {
         const int row = i / table->columnCount();
         const int column = i % table->columnCount();

@@ -5,7 +5,7 @@
 //
 // One run takes the pictures of one theme at one density: the theme comes from VELMOR_TOUR_THEME (light, dark, hc), the
 // density from QT_SCALE_FACTOR. With further arguments, only the states that they name or whose names begin so. The
-// names of the files end in theme and density. With VELMOR_TOUR_MANUAL set, the pictures are those of the manual.
+// names of the files end in theme and density.
 
 #include "states.h"
 
@@ -95,9 +95,6 @@ int main(int argc, char *argv[])
     }
     QDir().mkpath(args[1]);
     setUpApplication();
-    // The manual's reader is known to be good, so the window does not warn of it.
-    if (qEnvironmentVariableIsSet("VELMOR_TOUR_MANUAL"))
-        Driver::writeReadersConf(QByteArray(Tour::reader) + "=E65535\r\n");
 
     const QScreen *screen = QGuiApplication::primaryScreen();
     const int density = qRound(screen->logicalDotsPerInch() * screen->devicePixelRatio());

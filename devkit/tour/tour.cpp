@@ -3,9 +3,12 @@
 #include "contact_sheet.h"
 #include "look/widget_walk.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QTimer>
 
@@ -32,11 +35,27 @@ void Tour::pause(int milliseconds)
     waitFor([&end] { return end.hasExpired(); });
 }
 
+void Tour::nameReaders(const QStringList &names)
+{
+    QString lines;
+    for (const QString &name : names)
+        lines += name + "=E65535\r\n";
+    writeReadersConf(lines.toUtf8());
+}
+
 bool Tour::begin(const std::string &card, const std::function<void(sim::SimWorld &world)> &prepare)
 {
     world.reset();
+    nameReaders(card.empty() ? QStringList() : QStringList { reader });
     openWindow();
-    return waitFor([this] { return window->isVisible(); }) && (card.empty() || showCard(card, reader, prepare));
+    if (!waitFor([this] { return window->isVisible(); }))
+        return false;
+    // A click on nothing: whoever works with the mouse sees no rings round text.
+    for (QEvent::Type type : { QEvent::MouseButtonPress, QEvent::MouseButtonRelease }) {
+        QMouseEvent click(type, QPointF(1, 1), Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(find("footer"), &click);
+    }
+    return card.empty() || showCard(card, reader, prepare);
 }
 
 void Tour::end()
@@ -62,6 +81,19 @@ void Tour::keepDialog(QWidget &shown)
 {
     dialog = shown.grab();
     dialogFaults = WidgetWalk::faults(&shown);
+}
+
+// As it lies over the window; an open list is a window of its own.
+bool Tour::showList(QComboBox *box)
+{
+    box->showPopup();
+    if (!waitFor([box] { return box->view()->isVisible(); }))
+        return false;
+    QWidget *list = box->view()->window();
+    dialog = window->grab();
+    QPainter(&dialog).drawPixmap(window->mapFromGlobal(list->mapToGlobal(QPoint())), list->grab());
+    box->hidePopup();
+    return true;
 }
 
 bool Tour::take(const QString &name)

@@ -2,6 +2,7 @@
 
 #include "driver/driver.h"
 
+#include <QComboBox>
 #include <QPixmap>
 #include <QString>
 #include <QStringList>
@@ -24,8 +25,14 @@ public:
     bool begin(const std::string &card, const std::function<void(sim::SimWorld &world)> &prepare);
     void end();
 
+    // As readers that are known to be good, of which the window says nothing.
+    static void nameReaders(const QStringList &names);
+
     // For a state that is a dialog: calls `open`, which runs the dialog, keeps its picture for take and closes it.
     bool showDialog(const std::function<void()> &open);
+
+    // For a state that is an open list.
+    bool showList(QComboBox *box);
 
     // Leaves the picture of the window, or of the dialog that was shown last. False if it cannot be written, or if a
     // text is cut or a widget covers another.

@@ -58,6 +58,27 @@ private slots:
         Flow::setUpApplication();
     }
     void init() { flow = std::make_unique<Flow>(); }
+
+    void whatCannotBeReadIsSaidToEyeAndEar()
+    {
+        const QLabel *sentence = nullptr;
+        showQualified({ QByteArray("no certificate") });
+        sentence = flow->label("lCertUnreadable");
+        QVERIFY(sentence->isVisible());
+        QCOMPARE(table()->rowCount(), 0);
+        QTRY_VERIFY(sentence->hasFocus());
+        QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(flow->label("lCertUnreadable"));
+        QCOMPARE(spoken->text(QAccessible::Name), QString("Nie udało się odczytać certyfikatu z karty."));
+        QVERIFY(!spoken->state().invisible);
+
+        // Not beside one that can be read, and not where there is none.
+        flow->window->loadedCerts({}, {}, {}, qualified("anna"));
+        flow->window->chooseQualifiedCertInfo();
+        QVERIFY(!sentence->isVisible());
+        flow->window->loadedCerts({}, {}, {}, {});
+        flow->window->chooseQualifiedCertInfo();
+        QVERIFY(!sentence->isVisible());
+    }
     void cleanup() { flow.reset(); }
 
     void arrowOpensThePageOfItsContainer_data()

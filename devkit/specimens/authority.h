@@ -18,7 +18,7 @@ struct IssuerName {
 
 enum class CertificateUse { Authentication, Signature };
 
-// An invented certification authority with a key of its own, made anew at every run. Nobody trusts it.
+// An invented certification authority with a key of its own, which anyone can compute. Nobody trusts it.
 class Authority {
 public:
     explicit Authority(const IssuerName &issuerName);

@@ -6,6 +6,7 @@
 
 #include "simworld/card_file.h"
 #include "specimens/cards.h"
+#include "specimens/fixed_random.h"
 
 int main(int argc, char *argv[])
 {
@@ -16,6 +17,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "velmor-specimens FOLDER\n");
         return 2;
     }
+    specimen::fixRandomNumbers();
     std::string error;
     for (const sim::Card &card : specimen::makeCards(error)) {
         const std::string folder =

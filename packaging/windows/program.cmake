@@ -19,15 +19,21 @@ set(plugins platforms/qwindows iconengines/qsvgicon imageformats/qico imageforma
 find_file(VELMOR_QT_TRANSLATION qtbase_pl.qm PATHS /usr/share/qt5/translations NO_DEFAULT_PATH
     NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 
-# velmor_windows_program(TARGET): gives TARGET its resources, lays its surroundings beside it, and installs them with it.
-function(velmor_windows_program target)
-    set(source ${CMAKE_SOURCE_DIR}/packaging/windows)
-    configure_file(${source}/program.rc.in ${target}.rc @ONLY)
-    configure_file(${source}/program.manifest.in ${target}.manifest @ONLY)
+# velmor_windows_resources(TARGET NAME): icon, version, manifest and name for a program whose file is NAME.exe.
+set(VELMOR_WINDOWS_SOURCES ${CMAKE_CURRENT_LIST_DIR} CACHE INTERNAL "Folder of what is Windows' own")
+function(velmor_windows_resources target name)
+    configure_file(${VELMOR_WINDOWS_SOURCES}/program.rc.in ${target}.rc @ONLY)
+    configure_file(${VELMOR_WINDOWS_SOURCES}/program.manifest.in ${target}.manifest @ONLY)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
     set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}.rc PROPERTIES OBJECT_DEPENDS
         "${VELMOR_ICON};${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest")
     add_dependencies(${target} velmor_icon)
+endfunction()
+
+# velmor_windows_program(TARGET): gives TARGET its resources, lays its surroundings beside it, and installs them with it.
+function(velmor_windows_program target)
+    velmor_windows_resources(${target} ${target})
+    set(source ${CMAKE_SOURCE_DIR}/packaging/windows)
 
     string(JOIN "\n" settings
         "set(objdump ${CMAKE_OBJDUMP})"

@@ -59,4 +59,6 @@ function(velmor_windows_program target)
         set(SETTINGS ${settings_file})
         set(FOLDER \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${VELMOR_PROGRAM_SUBDIR}\")
         include(${deploy})" COMPONENT product)
+    # For an administrator's store of templates.
+    install(DIRECTORY ${CMAKE_SOURCE_DIR}/packaging/policies DESTINATION . COMPONENT policies EXCLUDE_FROM_ALL)
 endfunction()

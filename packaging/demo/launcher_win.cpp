@@ -1,5 +1,5 @@
-// velmor-demo.exe: starts the demonstration. It puts a card into the simulated reader if there is no reader yet, starts the
-// panel, if there is one, and the program, and ends what stays when the program has ended.
+// velmor-demo.exe: starts the demonstration. It puts a card into the simulated reader if there is no reader yet, starts
+// the panel, if there is one, and the program, and ends what stays when the program has ended.
 #include "simworld/reader_message.h"
 #include "simworld/sim_world.h"
 
@@ -44,7 +44,8 @@ public:
         std::wstring line = L'"' + program + L"\" " + arguments;
         STARTUPINFOW start = {};
         start.cb = sizeof start;
-        started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &start, &process);
+        started =
+            CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &start, &process);
     }
     ~Process()
     {

@@ -1,6 +1,6 @@
 // What keeps the demonstration apart from an installed program on Windows, where places are fixed in the program: the
-// linker puts what stands here before what the program calls by those names (--wrap, see CMakeLists.txt). So its objects
-// are those of the product, and only its places have other names.
+// linker puts what stands here before what the program calls by those names (--wrap, see CMakeLists.txt). So its
+// objects are those of the product, and only its places have other names.
 #include <QDir>
 #include <QSettings>
 #include <QSharedMemory>
@@ -15,13 +15,15 @@ QString product()
 // Below the user's folder for data of this computer.
 QString place(const QString &folder)
 {
-    const QString path = QDir::fromNativeSeparators(qEnvironmentVariable("LOCALAPPDATA")) + '/' + product() + '/' + folder;
+    const QString path =
+        QDir::fromNativeSeparators(qEnvironmentVariable("LOCALAPPDATA")) + '/' + product() + '/' + folder;
     QDir().mkpath(path);
     return path;
 }
 
 // A constructor is a function whose first argument is the object.
-using MakeSettings = void(QSettings *, QSettings::Format, QSettings::Scope, const QString &, const QString &, QObject *);
+using MakeSettings = void(QSettings *, QSettings::Format, QSettings::Scope, const QString &, const QString &,
+                          QObject *);
 using MakeSegment = void(QSharedMemory *, const QString &, QObject *);
 using Path = QString();
 

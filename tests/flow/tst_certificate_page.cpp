@@ -374,6 +374,22 @@ private slots:
         QVERIFY(!alone.findChild<QWidget *>("detailsCert")->graphicsEffect());
     }
 
+    void clickAfterTheTimeOfADoubleClickOpensAnother()
+    {
+        flow->openWindow();
+        CertWidget empty(flow->window.get(), QSslCertificate(), nullptr, false);
+        const int interval = QApplication::doubleClickInterval();
+        QApplication::setDoubleClickInterval(0);
+        const LogCatcher log;
+
+        // Within one millisecond, which is all of that time.
+        for (int i = 0; i < 5; ++i)
+            QMetaObject::invokeMethod(&empty, "openCertDetails");
+
+        QApplication::setDoubleClickInterval(interval);
+        QCOMPARE(log.count("open cert win"), 5);
+    }
+
     void cardOfANullCertificateIsEmpty()
     {
         flow->openWindow();

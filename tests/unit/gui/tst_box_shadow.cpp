@@ -172,6 +172,16 @@ private slots:
         QVERIFY2(qAbs(left - right) <= 2, qPrintable(QString("%1 %2").arg(left).arg(right)));
     }
 
+    void painterIsLeftAsItWas()
+    {
+        const LogCatcher log;
+
+        picture([](QWidget *box) { return new BoxShadow(box); });
+
+        // The toolkit would tell of states that were saved and not taken back.
+        QCOMPARE(log.lines(), QStringList());
+    }
+
     void widgetsInTheFrameArePaintedInFull()
     {
         QWidget ground;

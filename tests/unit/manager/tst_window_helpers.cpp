@@ -1,3 +1,4 @@
+#include "card_table_access.h"
 #include "document_links.h"
 #include "header_drag.h"
 #include "home_cards.h"
@@ -6,7 +7,10 @@
 
 #include "support/testmain.h"
 
+#include <QAccessible>
+#include <QLabel>
 #include <QLineEdit>
+#include <QTableWidget>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QUrl>
@@ -101,6 +105,21 @@ private slots:
     {
         QFETCH(QString, text);
         QTEST(HomeCards::pinButtonEnabled(text), "enabled");
+    }
+
+    void onlyTheTableOfCardsIsAGroup()
+    {
+        showCardsToScreenReaders();
+        QTableWidget cards, other;
+        QLabel label;
+        cards.setObjectName("tableCert");
+        other.setObjectName("tableOther");
+        label.setObjectName("tableCert");
+        const auto roleOf = [](QWidget *widget) { return QAccessible::queryAccessibleInterface(widget)->role(); };
+
+        QCOMPARE(roleOf(&cards), QAccessible::Grouping);
+        QCOMPARE(roleOf(&other), QAccessible::Table);
+        QCOMPARE(roleOf(&label), QAccessible::StaticText);
     }
 
     void documentLinkHasOneSlashBeforeThePath()

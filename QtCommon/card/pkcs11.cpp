@@ -143,7 +143,6 @@ void Pkcs11::finalize()
 
 bool Pkcs11::detectSlots()
 {
-    checkThread();
     slotList.clear();
     qDebug().noquote() << "C_GetSLotList()";
     if (initialize() != 0)
@@ -242,7 +241,6 @@ Token *Pkcs11::findToken(const QString &name, const QString &label, qint32 slotI
 
 bool Pkcs11::readers(QStringList &out, unsigned long requireFlag, unsigned long nonRequiredFlag)
 {
-    checkThread();
     out.clear();
     if (initialize() != 0) {
         qDebug().noquote() << "initialize failed !";
@@ -266,7 +264,6 @@ bool Pkcs11::readers(QStringList &out, unsigned long requireFlag, unsigned long 
 
 bool Pkcs11::selectReader(const QString &reader)
 {
-    checkThread();
     qDebug().noquote() << "select reader: " << reader;
     selectedReader = reader;
     detectTokens();

@@ -77,6 +77,7 @@ public:
 
 private:
     int error(const QString &message, int code) const;
+    // Asserts the one thread. For the public functions that do not begin with one that is checked.
     void checkThread();
 
     // pkcs11.cpp

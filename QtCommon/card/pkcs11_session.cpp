@@ -113,7 +113,6 @@ Token *Pkcs11::lookUpToken(const QString &reader, const QString &conteiner)
 
 int Pkcs11::login(const QString &reader, const QString &conteiner, const QString &pin, unsigned long userType)
 {
-    checkThread();
     if (initialize() != 0)
         return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);
@@ -134,7 +133,6 @@ int Pkcs11::login(const QString &reader, const QString &conteiner, const QString
 
 int Pkcs11::changePIN(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin)
 {
-    checkThread();
     if (initialize() != 0)
         return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);
@@ -159,7 +157,6 @@ int Pkcs11::changePIN(const QString &reader, const QString &conteiner, const QSt
 
 int Pkcs11::unblockPIN(const QString &reader, const QString &conteiner, const QString &PUK, const QString &newPIN)
 {
-    checkThread();
     if (initialize() != 0)
         return CardResult::failed;
     Token *token = lookUpToken(reader, conteiner);

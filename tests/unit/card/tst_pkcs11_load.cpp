@@ -11,20 +11,47 @@
 #include <QTranslator>
 
 #include <functional>
+#include <map>
 #include <memory>
 
 namespace {
 
 constexpr const char *childMark = "VELMOR_TEST_CHILD";
 
+const std::map<QByteArray, std::function<void(Pkcs11 &)>> &entries()
+{
+    static const std::map<QByteArray, std::function<void(Pkcs11 &)>> table {
+        { "init", [](Pkcs11 &pkcs11) { pkcs11.init(); } },
+        { "initialize", [](Pkcs11 &pkcs11) { pkcs11.initialize(); } },
+        { "finalize", [](Pkcs11 &pkcs11) { pkcs11.finalize(); } },
+        { "detectSlots", [](Pkcs11 &pkcs11) { pkcs11.detectSlots(); } },
+        { "detectTokens", [](Pkcs11 &pkcs11) { pkcs11.detectTokens(); } },
+        { "readers",
+          [](Pkcs11 &pkcs11) {
+              QStringList found;
+              pkcs11.readers(found, 1, 256);
+          } },
+        { "selectReader", [](Pkcs11 &pkcs11) { pkcs11.selectReader("Reader A"); } },
+        { "tokenInfo", [](Pkcs11 &pkcs11) { pkcs11.tokenInfo("Reader A", "Qualified"); } },
+        { "certsCount", [](Pkcs11 &pkcs11) { pkcs11.certsCount("Reader A", "Qualified"); } },
+        { "tokenDataMap", [](Pkcs11 &pkcs11) { pkcs11.tokenDataMap("Reader A", "eMRTD", { "DG1" }); } },
+        { "isPinPad", [](Pkcs11 &pkcs11) { pkcs11.isPinPad("Reader A"); } },
+        { "typeOfChip", [](Pkcs11 &pkcs11) { pkcs11.typeOfChip("Reader A"); } },
+        { "login", [](Pkcs11 &pkcs11) { pkcs11.login("Reader A", "Qualified", {}, 1); } },
+        { "changePIN", [](Pkcs11 &pkcs11) { pkcs11.changePIN("Reader A", "Qualified", {}, {}); } },
+        { "unblockPIN", [](Pkcs11 &pkcs11) { pkcs11.unblockPIN("Reader A", "Qualified", {}, {}); } },
+    };
+    return table;
+}
+
 // Runs in a process of its own, which an assertion is to end.
-void touchFromASecondThread()
+void touchFromASecondThread(const QByteArray &entry)
 {
     ScriptedCard card;
     qInstallMessageHandler(nullptr); // App's own keeps the assertion's text to itself
     Pkcs11 pkcs11;
     pkcs11.initialize();
-    const std::unique_ptr<QThread> thread(QThread::create([&pkcs11] { pkcs11.finalize(); }));
+    const std::unique_ptr<QThread> thread(QThread::create([&] { entries().at(entry)(pkcs11); }));
     thread->start();
     thread->wait();
 }
@@ -61,6 +88,7 @@ private slots:
     void destructorFinalizesAndUnloads();
     void destructorFinalizesAfterFinalizeToo();
     void destructorOfAnUnusedObjectCallsNothing();
+    void secondThreadIsCaughtInAssertingBuilds_data();
     void secondThreadIsCaughtInAssertingBuilds();
 };
 
@@ -395,6 +423,13 @@ void TestPkcs11Load::destructorOfAnUnusedObjectCallsNothing()
     QVERIFY(card.calls().isEmpty());
 }
 
+void TestPkcs11Load::secondThreadIsCaughtInAssertingBuilds_data()
+{
+    QTest::addColumn<int>("row");
+    for (const auto &entry : entries())
+        QTest::newRow(entry.first.constData()) << 0;
+}
+
 void TestPkcs11Load::secondThreadIsCaughtInAssertingBuilds()
 {
 #ifdef QT_NO_DEBUG
@@ -402,7 +437,7 @@ void TestPkcs11Load::secondThreadIsCaughtInAssertingBuilds()
 #endif
     QProcess child;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(childMark, "1");
+    environment.insert(childMark, QTest::currentDataTag());
     child.setProcessEnvironment(environment);
     child.setProcessChannelMode(QProcess::MergedChannels);
 
@@ -419,7 +454,7 @@ int main(int argc, char *argv[])
     TestHome home;
     QApplication application(argc, argv);
     if (qEnvironmentVariableIsSet(childMark)) {
-        touchFromASecondThread();
+        touchFromASecondThread(qgetenv(childMark));
         return 0;
     }
     TestPkcs11Load test;

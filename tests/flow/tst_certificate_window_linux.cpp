@@ -227,6 +227,38 @@ private slots:
         flow->world.release();
     }
 
+    void userWhoHasLeftThePageByTheFirstLookSeesNoLoader()
+    {
+        viewers->install("gcr-viewer");
+        openPage();
+        LogCatcher log;
+
+        detailsButton()->click();
+        flow->button("bSettings")->click();
+        constexpr int longerThanTheFirstLook = 200;
+        QTest::qWait(longerThanTheFirstLook);
+
+        QCOMPARE(Os().certWindowCount(), 0);
+        QVERIFY(!log.has("loader show"));
+    }
+
+    void watchOfACardThatHasGoneEndsNothing()
+    {
+        viewers->install("gcr-viewer");
+        openPage();
+        detailsButton()->click();
+        QTRY_VERIFY(flow->loaderShown());
+        flow->window->loadedReaders({}, "NO_CARD");
+        QVERIFY(!flow->loaderShown());
+        LogCatcher log;
+
+        constexpr int longerThanTheSecondLook = 1200;
+        QTest::qWait(longerThanTheSecondLook);
+
+        QCOMPARE(Os().certWindowCount(), 1);
+        QVERIFY(!log.has("loader hide"));
+    }
+
     // Over another page, too, the loader is the watch's own and goes with it.
     void loaderGoesWhereverTheUserIsByThen_data()
     {

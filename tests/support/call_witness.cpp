@@ -37,6 +37,8 @@ bool QResource::registerResource(const uchar *data, const QString &root)
 void QWidget::activateWindow()
 {
     tell(isVisible() ? "activated when shown" : "activated");
+    if (qgetenv("QT_XCB_GL_INTEGRATION") == "none")
+        tell("without OpenGL");
     using Real = void (*)(QWidget *);
     reinterpret_cast<Real>(dlsym(RTLD_NEXT, "_ZN7QWidget14activateWindowEv"))(this);
 }
@@ -54,6 +56,8 @@ int QApplication::exec()
         tell("96 dots per inch");
     if (QApplication::font().styleStrategy() == QFont::PreferAntialias)
         tell("smooth font");
+    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        tell("OpenGL for others");
     tell("event loop");
     _exit(0);
 }

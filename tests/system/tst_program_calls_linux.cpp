@@ -39,7 +39,8 @@ private slots:
     void windowIsShownActiveWithSmoothTextsOf96DotsPerInch()
     {
         QCOMPARE(callsOf({ "-p", "settings" }),
-                 QStringList({ "resources", "activated when shown", "96 dots per inch", "smooth font", "event loop" }));
+                 QStringList({ "resources", "activated when shown", "without OpenGL", "96 dots per inch", "smooth font",
+                               "OpenGL for others", "event loop" }));
     }
 
     void systemWithoutTlsIsToldInTheLog()

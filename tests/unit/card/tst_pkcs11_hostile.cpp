@@ -33,6 +33,7 @@ private slots:
     void attributeLengths();
     void absurdAttributeLengths_data();
     void absurdAttributeLengths();
+    void largestAttributeIsAskedFor();
     void lengthUnavailableWithoutAnError();
     void secondLengthUnavailable();
     void labelOfZeros();
@@ -256,6 +257,7 @@ void TestPkcs11Hostile::absurdAttributeLengths_data()
     QTest::newRow("half of all numbers") << quint64(none / 2);
     QTest::newRow("0x7fffffff") << quint64(0x7fffffff);
     QTest::newRow("0xffffffff") << quint64(0xffffffffu);
+    QTest::newRow("one more than is asked for") << quint64(16 * 1024 * 1024 + 1);
 }
 
 void TestPkcs11Hostile::absurdAttributeLengths()
@@ -269,6 +271,16 @@ void TestPkcs11Hostile::absurdAttributeLengths()
     answerLengths(CKA_LABEL, static_cast<CK_ULONG>(length), 3);
     QVERIFY(pkcs11->tokenObjects(reader, "eMRTD", -1, {}).isEmpty());
     QVERIFY(card->calls().filter("LABEL given").size() == 1);
+}
+
+void TestPkcs11Hostile::largestAttributeIsAskedFor()
+{
+    insert();
+
+    answerLengths(CKA_VALUE, 16 * 1024 * 1024, 3);
+
+    pkcs11->tokenObjects(reader, "eMRTD", -1, {});
+    QVERIFY(!card->calls().filter("VALUE given").isEmpty());
 }
 
 void TestPkcs11Hostile::lengthUnavailableWithoutAnError()

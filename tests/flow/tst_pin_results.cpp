@@ -1,3 +1,4 @@
+#include "pin_fields.h"
 #include "support/pin_flow.h"
 
 // The answers of the card to a PIN operation, as the window shows them: result page, hints, what stays in the fields,
@@ -230,6 +231,20 @@ private slots:
         flow->window->unblockPinFin(-8);
 
         resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", "#2B9EEB");
+    }
+
+    void successMarksThePukAsGoodWhereverTheUserIs()
+    {
+        tell("Odblokuj PIN", 0, 3);
+        flow->openPinPage(sim::Qualified);
+        setFieldStyle(flow->field("lineInsertPuk"), false);
+        flow->window->moveToSettingsPage(false);
+
+        flow->window->unblockPinFin(0);
+
+        QLineEdit good;
+        setFieldStyle(&good, true);
+        QCOMPARE(flow->field("lineInsertPuk")->styleSheet(), good.styleSheet());
     }
 
     void onlyAnErrorRenewsTheTries_data()

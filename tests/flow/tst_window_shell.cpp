@@ -1,6 +1,7 @@
 #include "support/flow.h"
 
 #include "base/settings.h"
+#include "gui/gui_base.h"
 #include "gui/popup.h"
 
 #include <QDialogButtonBox>
@@ -77,6 +78,15 @@ private slots:
                  QString("a { color:#2c9eeb; font-weight:bold; }"));
         QVERIFY(!flow->label("lError")->isHidden());
         QCOMPARE(flow->label("lError")->text(), QString());
+    }
+
+    void windowIsDressedInItsThemesStyle()
+    {
+        flow->openWindow();
+
+        const QString style = GuiBase::instance()->file("styles-window.css");
+        QVERIFY(!style.isEmpty());
+        QCOMPARE(flow->widget("mainFrame")->styleSheet(), style);
     }
 
     void windowHasTheIconOfTheProgram()

@@ -33,6 +33,11 @@ public:
     int started() const { return lines().size(); }
     // Name and argument of a call.
     QString call(int index) const { return lines().value(index).section(' ', 1); }
+    // What its standard input (0), output or errors are.
+    QString stream(int index, int number) const
+    {
+        return QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(process(index)).arg(number));
+    }
     void close(int index) const { kill(process(index), SIGTERM); }
 
 private:

@@ -55,6 +55,8 @@ private slots:
         QCOMPARE(check("Firefox")->text(), QString("Przeglądarce Firefox"));
         if (hasFamily())
             QCOMPARE(check(family)->text(), QString("Przeglądarkach: Chrome, Chromium, Edge"));
+        for (const QString &row : rows())
+            QCOMPARE(check(row.toLatin1())->cursor().shape(), Qt::PointingHandCursor);
         QVERIFY(log.has("pkcs-i386: " + App::instance()->pkcsLibPath("i386")));
         QVERIFY(log.has("pkcs-x86_64: " + App::instance()->pkcsLibPath("x86_64")));
         QVERIFY(log.has("create checks fin"));

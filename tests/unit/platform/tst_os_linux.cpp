@@ -74,6 +74,18 @@ private slots:
         QCOMPARE(content(), der);
     }
 
+    // Else it would end with us, or wait for somebody to read what it writes.
+    void viewerHoldsNoPipeOfOurs()
+    {
+        viewers->install("gcr-viewer");
+
+        QVERIFY(os.certOpen("DER"));
+
+        QTRY_COMPARE(viewers->started(), 1);
+        for (int number = 0; number < 3; ++number)
+            QCOMPARE(viewers->stream(0, number), QString("/dev/null"));
+    }
+
     void fileIsForItsUserAlone()
     {
         viewers->install("gcr-viewer");

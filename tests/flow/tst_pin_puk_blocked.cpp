@@ -1,3 +1,4 @@
+#include "support/opened_urls.h"
 #include "support/pin_flow.h"
 
 // The end of the road: a PUK without tries, on the way to its page and on the page itself.
@@ -29,12 +30,39 @@ private slots:
         QFETCH(int, pukTries);
         QVERIFY(flow->start("anna"));
         flow->window->refreshCertsStatus("Zmień PIN", "Zmień PIN", word, 3, 3, pukTries, tries);
+        flow->readersBox()->setEnabled(true);
 
         flow->openPinPage(sim::Qualified);
 
         QCOMPARE(flow->page(), QString("pageBlockedPuk_2"));
+        QVERIFY(!flow->readersBox()->isEnabled());
         QCOMPARE(flow->title(), QString("Odblokowanie PIN-u "));
         QCOMPARE(QApplication::focusWidget(), flow->widget("lPukBlocked_2"));
+    }
+
+    void blockedPageLeadsToTheOneOnNewCards_data()
+    {
+        QTest::addColumn<QByteArray>("label");
+        QTest::newRow("page of its own") << QByteArray("lPukBlocked_2");
+        QTest::newRow("in the page for the PUK") << QByteArray("lPukBlocked");
+    }
+    void blockedPageLeadsToTheOneOnNewCards()
+    {
+        QFETCH(QByteArray, label);
+        flow->openWindow();
+        QLabel *blocked = flow->label(label.constData());
+        for (QWidget *page = blocked; page != flow->window.get(); page = page->parentWidget()) {
+            if (auto *pager = qobject_cast<QStackedWidget *>(page->parentWidget()))
+                pager->setCurrentWidget(page);
+        }
+        const OpenedUrls opened("https");
+
+        // By the keyboard alone.
+        QTest::keyClick(blocked, Qt::Key_Tab);
+        QTest::keyClick(blocked, Qt::Key_Return);
+
+        QCOMPARE(opened.urls.size(), 1);
+        QVERIFY(blocked->text().contains('"' + opened.urls.first().toString() + '"'));
     }
 
     void pukThatIsBlockedMeanwhileIsNotSent_data()

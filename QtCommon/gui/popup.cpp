@@ -60,6 +60,8 @@ Popup::Popup(QWidget *parentWindow, const QString &title) :
     setAttribute(Qt::WA_TranslucentBackground);
     setTitle(title);
     setDragWidget(ui->mainFrame);
+    // Rich text would keep the press by which the dialog is dragged.
+    ui->lMainTitle->setTextInteractionFlags(Qt::NoTextInteraction);
     loadTheme();
     anim = std::make_unique<AnimWidget>(ui->lIcon, QString(), iconFramesPerSecond);
     scaler = std::make_unique<GuiScaler>();

@@ -17,6 +17,20 @@ bool xdotool(const QStringList &arguments)
     return QProcess::execute("xdotool", arguments) == 0;
 }
 
+// That the application has seen a button let go: then it has seen all that came before.
+class ReleaseWatch : public QObject {
+public:
+    ReleaseWatch() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        seen = seen || (event->type() == QEvent::MouseButtonRelease && object->isWindowType());
+        return false;
+    }
+
+    bool seen = false;
+};
+
 } // namespace
 
 // The frameless windows on a real display, worked by a real pointer and real keys: what they ask of a window manager,
@@ -157,10 +171,12 @@ private:
 
     static bool drag(QPoint from, QPoint to, int button)
     {
+        const ReleaseWatch watch;
         const QString number = QString::number(button);
         const bool done = xdotool(pointer(from) + QStringList { "mousedown", number } + pointer((from + to) / 2)
-                                  + pointer(to) + QStringList { "mouseup", number });
-        QTest::qWait(30);
+                                  + pointer(to) + QStringList { "mouseup", number })
+            && QTest::qWaitFor([&watch] { return watch.seen; });
+        QTest::qWait(10); // what it has asked for meanwhile leaves for the display
         return done;
     }
 

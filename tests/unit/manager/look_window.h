@@ -82,6 +82,8 @@ inline QColor background(const QImage &image, const QRect &rect)
 
 inline void setMouseOver(QWidget *tile, bool on)
 {
+    if (tile->property("MouseOver").toBool() == on)
+        return; // polishing takes long
     QList<QWidget *> widgets = tile->findChildren<QWidget *>();
     widgets.prepend(tile);
     for (QWidget *widget : widgets) {
@@ -174,8 +176,8 @@ inline void LookWindow::fillSamples()
 
 inline QStringList LookWindow::pages() const
 {
-    QStringList names { "loading",        "home disabled", "home hovered", "pinpad change",
-                        "pinpad unblock", "blocked",       "take card off" };
+    QStringList names { "loading", "home disabled", "home hovered", "pinpad change", "pinpad unblock",
+                        "blocked", "take card off", "result done",  "result wrong",  "result neutral" };
     for (int i = 0; i < ui.pager->count(); ++i)
         names << ui.pager->widget(i)->objectName();
     return names;
@@ -192,12 +194,13 @@ inline void LookWindow::showPage(const QString &page)
         chosen = page.endsWith("unblock") ? ui.pageUnblockPin : ui.pageChangePin;
     if (page == "take card off")
         chosen = ui.pageIntegration;
-    if (page.startsWith("result"))
+    if (page.startsWith("result")) {
         chosen = ui.pageCorrectChange;
-    setResultColour(ui.pinChangedFrame,
-                    page.endsWith("done")        ? PinTexts::Colour::Success
-                        : page.endsWith("wrong") ? PinTexts::Colour::Error
-                                                 : PinTexts::Colour::Neutral);
+        setResultColour(ui.pinChangedFrame,
+                        page.endsWith("done")        ? PinTexts::Colour::Success
+                            : page.endsWith("wrong") ? PinTexts::Colour::Error
+                                                     : PinTexts::Colour::Neutral);
+    }
     ui.lchange_card->setVisible(page == "take card off");
     ui.lIntegration->setText(page == "take card off"
                                  ? "Ustawienia zostały zapisane<br/><br/><br/><br/><br/>Zdejmij i przyłóż ponownie "

@@ -12,6 +12,8 @@ QString product()
     return QStringLiteral("velmor-demo");
 }
 
+constexpr QLatin1String prefix("demo_");
+
 // Below the user's folder for data of this computer.
 QString place(const QString &folder)
 {
@@ -25,6 +27,7 @@ QString place(const QString &folder)
 using MakeSettings = void(QSettings *, QSettings::Format, QSettings::Scope, const QString &, const QString &,
                           QObject *);
 using MakeSegment = void(QSharedMemory *, const QString &, QObject *);
+using SegmentName = QString(const QSharedMemory *);
 using Path = QString();
 
 } // namespace
@@ -34,6 +37,8 @@ extern MakeSettings *toolkitSettings asm("__real___imp__ZN9QSettingsC1ENS_6Forma
 extern MakeSettings *ownSettings asm("__wrap___imp__ZN9QSettingsC1ENS_6FormatENS_5ScopeERK7QStringS4_P7QObject");
 extern MakeSegment *toolkitSegment asm("__real___imp__ZN13QSharedMemoryC1ERK7QStringP7QObject");
 extern MakeSegment *ownSegment asm("__wrap___imp__ZN13QSharedMemoryC1ERK7QStringP7QObject");
+extern SegmentName *toolkitName asm("__real___imp__ZNK13QSharedMemory3keyEv");
+extern SegmentName *ownName asm("__wrap___imp__ZNK13QSharedMemory3keyEv");
 extern Path *ownHome asm("__wrap___imp__ZN4QDir8homePathEv");
 extern Path *ownTemp asm("__wrap___imp__ZN4QDir8tempPathEv");
 // Functions of the program itself.
@@ -46,8 +51,11 @@ MakeSettings *ownSettings = [](QSettings *settings, QSettings::Format format, QS
 };
 
 MakeSegment *ownSegment = [](QSharedMemory *segment, const QString &key, QObject *parent) {
-    toolkitSegment(segment, "demo_" + key, parent);
+    toolkitSegment(segment, prefix + key, parent);
 };
+
+// By it the programs address each other, so it is the one that they know.
+SegmentName *ownName = [](const QSharedMemory *segment) { return toolkitName(segment).mid(prefix.size()); };
 
 // Profiles of browsers are looked for below it.
 Path *ownHome = [] { return place("home"); };

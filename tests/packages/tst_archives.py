@@ -76,6 +76,18 @@ class Installer(unittest.TestCase):
             self.assertLess(order["AppSearch"], order["UseRememberedDir"])
             self.assertLess(order["UseRememberedDir"], order["CostInitialize"])
 
+    def test_what_fails_half_way_is_taken_back(self):
+        # Room is counted before anything is written, and the older version goes within the transaction.
+        tree = unpack_for(self, MSI)
+        self.assertEqual(sorted(int(row["FileSize"]) for row in table("File")),
+                         sorted((tree / name).stat().st_size for name in files_of(tree)))
+        order = {row["Action"]: int(row["Sequence"]) for row in table("InstallExecuteSequence")}
+        steps = ["CostInitialize", "FileCost", "CostFinalize", "InstallValidate", "InstallInitialize",
+                 "RemoveExistingProducts", "InstallFiles", "InstallFinalize"]
+        self.assertEqual(sorted(steps, key=order.get), steps)
+        self.assertNotIn("DisableRollback", order)
+        self.assertNotIn("DISABLEROLLBACK", {row["Property"] for row in table("Property")})
+
     def test_entry_of_the_menu_has_its_name_from_the_program(self):
         (entry,) = table("Shortcut")
         self.assertEqual(entry["Directory_"], "ProgramMenuFolder")

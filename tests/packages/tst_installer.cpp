@@ -255,6 +255,25 @@ private slots:
         QCOMPARE(contentOf(QString(usualFolder) + "/statics/historia_zmian.html"), history);
     }
 
+    void packageThatIsCutOffIsRefused()
+    {
+        constexpr int places = 50;
+        const QByteArray whole = contentOf(package());
+        const QString cut = TestHome::path() + "/cut.msi";
+        for (int i = 0; i < places; ++i) {
+            QVERIFY(put(cut, whole.left(int(qint64(whole.size()) * i / places))));
+
+            const int code = install(cut);
+
+            QVERIFY2(code != Success, qPrintable(QString("cut off after %1 of %2").arg(i).arg(places)));
+            QCOMPARE(entries(), QStringList());
+            QVERIFY(!QDir(usualFolder).exists());
+        }
+        QVERIFY(put(cut, whole));
+        QCOMPARE(install(cut), int(Success));
+        QVERIFY(QFile::remove(cut));
+    }
+
     void foreignFilesStay()
     {
         QCOMPARE(install(package()), int(Success));

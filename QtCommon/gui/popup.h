@@ -92,7 +92,7 @@ private:
     void growFrame();
     int leastWidth() const;
     int heightFor(int width) const;
-    void wrapAtScreen();
+    void wrapAtScreen(int room);
     QSize screenRoom() const;
 
     std::unique_ptr<Ui::Popup> ui;

@@ -240,7 +240,7 @@ void Popup::growFrame()
     const int border = borderOf(ui->mainFrame);
     const int wanted = qMax(ui->mainFrame->width(), leastWidth() + border);
     if (wanted > room && !customWidget)
-        wrapAtScreen();
+        wrapAtScreen(room - border);
     const int width = qMax(qMin(wanted, room), leastWidth() + border);
     ui->mainFrame->setFixedSize(width, qMax(ui->mainFrame->height(), heightFor(width - border) + border));
 }
@@ -274,11 +274,14 @@ int Popup::heightFor(int width) const
     return qMax(least, height);
 }
 
-void Popup::wrapAtScreen()
+void Popup::wrapAtScreen(int room)
 {
-    if (!ui->lText->wordWrap())
-        ui->lText->setText(breakableText(ui->lText->text(), unbrokenLetters));
+    if (ui->lText->wordWrap())
+        return;
     setTextWrap();
+    // The text stays as it is unless a single word of it is too wide.
+    if (leastWidth() > room)
+        ui->lText->setText(breakableText(ui->lText->text(), unbrokenLetters));
 }
 
 // What the screen leaves to the frame.

@@ -59,5 +59,7 @@ int QApplication::exec()
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         tell("OpenGL for others");
     tell("event loop");
+    // Its first turn, in which the window looks for the TLS library.
+    QCoreApplication::processEvents();
     _exit(0);
 }

@@ -124,6 +124,16 @@ private slots:
         });
     }
 
+    // Wider than the screen as a whole, yet no single word of it is.
+    void pathThatFitsInALineStaysAsItIs()
+    {
+        const QString path = "/home/jan/" + QString("katalog/").repeated(8) + "pkcs11.txt";
+        shown({ "", "", "Nie można zapisać pliku: " + path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+            QVERIFY(label(popup, "lText")->wordWrap());
+            QVERIFY(label(popup, "lText")->text().contains(path));
+        });
+    }
+
     void textThatFitsIsLeftAsItIs()
     {
         shown({ "", "", "plik /home/jan/a.txt", QSize(), QDialogButtonBox::Close }, [](Popup &popup) {

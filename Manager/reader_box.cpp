@@ -14,6 +14,7 @@ constexpr int leastList = 280;
 constexpr int rightMargin = 24; // of the row
 constexpr int sign = 34; // of the warning, with the gap behind it
 constexpr int beforeBox = 110; // margin, caption and gaps
+constexpr int wholeRow = 900; // as it will be, also before the window is laid out
 
 } // namespace
 
@@ -28,7 +29,7 @@ void fitReaderBox(QComboBox *box, QPushButton *words)
     box->ensurePolished();
     words->ensurePolished();
     const QFontMetrics metrics(box->font());
-    const int row = box->parentWidget()->width() - beforeBox - rightMargin;
+    const int row = qMax(box->parentWidget()->width(), wholeRow) - beforeBox - rightMargin;
     box->setFixedWidth(qMin(metrics.horizontalAdvance(box->currentText()) + besideText, row - sign));
     int longest = leastList;
     for (int i = 0; i < box->count(); ++i)

@@ -197,7 +197,7 @@ std::string describePad(const PadAnswer &answer)
 {
     const auto row =
         std::find_if(std::begin(padRows), std::end(padRows), [&](const auto &r) { return r.kind == answer.kind; });
-    const std::string word = row->word;
+    std::string word = row->word;
     if (answer.kind == PadAnswer::Kind::Result)
         return word + " " + resultName(answer.result);
     if (answer.kind != PadAnswer::Kind::Enter)

@@ -160,7 +160,7 @@ bool ConfigValues::exchange(const std::string &key, std::string &text)
         to->addText(key, text);
         return false;
     }
-    const std::vector<std::string> found = from->texts(key);
+    const std::vector<std::string> found = from ? from->texts(key) : std::vector<std::string>();
     if (!found.empty())
         text = found.back();
     return !found.empty();

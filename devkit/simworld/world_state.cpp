@@ -133,7 +133,7 @@ bool worldFromText(const std::string &text, World &world, std::string &error)
     worldValues(ConfigValues::of(sections.front()), world);
     for (const std::string &line : sections.front().texts("fault")) {
         if (!splitWords(line, words) || !parseFault(words, world.faults.emplace_back(), error)) {
-            error = "fault = " + line + ": " + error;
+            error.insert(0, "fault = " + line + ": ");
             return false;
         }
     }

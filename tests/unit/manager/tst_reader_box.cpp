@@ -26,6 +26,7 @@ private slots:
     void rowsAreHighAndNamesWhole();
     void aNameThatTheWindowCannotHoldStaysInside();
     void theWarningIsWholeOrJustItsSign();
+    void boxHasItsWidthBeforeTheWindowIsLaidOut();
 };
 
 void TestReaderBox::rowsAreHighAndNamesWhole()
@@ -108,6 +109,21 @@ void TestReaderBox::theWarningIsWholeOrJustItsSign()
 
     show(names[0]);
     QVERIFY(look.ui.bReaderWarning->isVisible());
+}
+
+// A list of readers can come before the window is shown.
+void TestReaderBox::boxHasItsWidthBeforeTheWindowIsLaidOut()
+{
+    QMainWindow window;
+    Ui::Window ui;
+    ui.setupUi(&window);
+    ui.frameReaders->resize(100, 30);
+    ui.cbReaders->clear();
+    ui.cbReaders->addItem(names[1]);
+
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+
+    QCOMPARE(ui.cbReaders->minimumWidth(), ui.cbReaders->fontMetrics().horizontalAdvance(names[1]) + 30);
 }
 
 VELMOR_TEST(TestReaderBox)

@@ -18,7 +18,7 @@ private:
             QTest::keyClick(field(name), digits.at(i));
     }
     // In text and history together.
-    static int copies(const HiddenDigits &digits) { return digits.places(2) + digits.places(16); }
+    static int copies(const HiddenDigits &digits) { return digits.places(2) + digits.places(HiddenDigits::editStep); }
 
     // `anna` with these words, on the page that opens from the tile of Qualified.
     void open(bool pinLocked)

@@ -185,7 +185,7 @@ private slots:
         shown = shown.simplified();
 
         const QStringList quoted = captured(readFileText(manual()).simplified(), "„([^”]+)”");
-        QVERIFY(quoted.size() > 20);
+        QVERIFY(quoted.size() > 15);
         for (const QString &words : quoted) {
             // A title in front of names is put together when it is shown.
             for (const QString &part : words.split(": "))

@@ -28,8 +28,15 @@ public:
         return result;
     }
 
+    // Bytes from one digit to the next in the history of a QLineEdit, whose records begin with a bit field.
+#ifdef Q_OS_WIN
+    static constexpr std::size_t editStep = 20;
+#else
+    static constexpr std::size_t editStep = 16;
+#endif
+
     // Where all digits stand one behind the other as 16-bit characters, `step` bytes from one to the next: 2 in a
-    // QString, 16 in the history of a QLineEdit.
+    // QString.
     int places(std::size_t step) const
     {
         int found = 0;

@@ -127,7 +127,12 @@ private slots:
     // Wider than the screen as a whole, yet no single word of it is.
     void pathThatFitsInALineStaysAsItIs()
     {
-        const QString path = "/home/jan/" + QString("katalog/").repeated(8) + "pkcs11.txt";
+        QFont font("Poppins");
+        font.setPixelSize(14);
+        QString path = "/home/jan/";
+        while (QFontMetrics(font).horizontalAdvance("Nie można zapisać pliku: " + path)
+               < QGuiApplication::primaryScreen()->availableGeometry().width())
+            path += "katalog/";
         shown({ "", "", "Nie można zapisać pliku: " + path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
             QVERIFY(label(popup, "lText")->wordWrap());
             QVERIFY(label(popup, "lText")->text().contains(path));

@@ -43,7 +43,7 @@ class TestSecretText : public QObject {
 
 private:
     static constexpr std::size_t inText = 2;
-    static constexpr std::size_t inHistory = 16;
+    static constexpr std::size_t inHistory = HiddenDigits::editStep;
 
     QStringList heard;
     QAccessible::UpdateHandler handler = nullptr;

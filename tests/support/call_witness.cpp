@@ -1,6 +1,7 @@
 // Loaded into a process before the toolkit (LD_PRELOAD), this library tells what the program asks of the toolkit and
 // shows nobody: a line a call in the file that VELMOR_WITNESS names. Where the event loop would begin the process ends.
-// With VELMOR_WITNESS_WITHOUT_TLS the toolkit finds no library for it.
+// With VELMOR_WITNESS_WITHOUT_TLS the toolkit finds no library for it; with VELMOR_WITNESS_THREADS each thread that is
+// made is a line too.
 
 #include <QApplication>
 #include <QFont>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace {
@@ -48,6 +50,15 @@ bool QSslSocket::supportsSsl()
     if (std::getenv("VELMOR_WITNESS_WITHOUT_TLS"))
         return false;
     return reinterpret_cast<bool (*)()>(dlsym(RTLD_NEXT, "_ZN10QSslSocket11supportsSslEv"))();
+}
+
+extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *),
+                              void *argument)
+{
+    if (std::getenv("VELMOR_WITNESS_THREADS"))
+        tell("thread");
+    using Real = int (*)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
+    return reinterpret_cast<Real>(dlsym(RTLD_NEXT, "pthread_create"))(thread, attributes, start, argument);
 }
 
 int QApplication::exec()

@@ -43,6 +43,12 @@ private slots:
                                "OpenGL for others", "event loop" }));
     }
 
+    // The window's and the card worker's; what takes long gets none of its own.
+    void programMakesOneThread()
+    {
+        QCOMPARE(callsOf({ "-p", "settings" }, { { "VELMOR_WITNESS_THREADS", "1" } }).count("thread"), 1);
+    }
+
     void systemWithoutTlsIsToldInTheLog()
     {
         QVERIFY(QDir().mkpath(logFolder()));

@@ -24,9 +24,9 @@ private:
     void open(bool pinLocked)
     {
         QVERIFY(world.addReader("Czytnik Alfa"));
-        QVERIFY(world.setPin("anna", sim::Qualified, oldPin.text().toStdString()));
+        QVERIFY(world.setPin("anna", sim::Qualified, oldPin.bytes()));
         sim::CardState state = *world.cardState("anna");
-        state.puk = puk.text().toStdString();
+        state.puk = puk.bytes();
         state.pins[sim::Qualified].tries = pinLocked ? 0 : 3;
         QVERIFY(world.setCardState("anna", state));
         QVERIFY(showCard("anna"));
@@ -41,13 +41,22 @@ private:
     }
 
 private slots:
-    void initTestCase() { Flow::setUpApplication(); }
+    void initTestCase()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("The sanitizer keeps what was freed, and what the toolkit has freed on the way with it");
+#endif
+        Flow::setUpApplication();
+    }
     void init()
     {
         QVERIFY(world.reset());
         openWindow();
     }
-    void cleanup() { closeWindow(); }
+    void cleanup()
+    {
+        closeWindow();
+    }
 
     void nothingStays_data()
     {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -25,6 +26,15 @@ public:
         result.reserve(size());
         for (int i = 0; i < size(); ++i)
             result += QLatin1Char(at(i));
+        return result;
+    }
+
+    // One byte each, which no search for 16-bit characters finds.
+    std::string bytes() const
+    {
+        std::string result;
+        for (int i = 0; i < size(); ++i)
+            result += at(i);
         return result;
     }
 

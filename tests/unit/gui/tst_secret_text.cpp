@@ -136,13 +136,17 @@ private slots:
     {
         const HiddenDigits digits { "62059384" };
         type(digits);
-        QCOMPARE(line->text(), digits.text());
+        // Not by the text itself: a copy of the test's would be found as well.
+        QCOMPARE(line->text().size(), digits.size());
         QVERIFY(digits.places(inText) > 0);
         QVERIFY(digits.places(inHistory) > 0);
         forgetSecret(line.get());
-        QCOMPARE(digits.places(inText), 0);
         QCOMPARE(digits.places(inHistory), 0);
         QCOMPARE(line->text(), QString());
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("The sanitizer keeps what was freed, and what the toolkit has freed on the way with it");
+#endif
+        QCOMPARE(digits.places(inText), 0);
     }
 
     // Deleted by the user, so that the history alone has it.

@@ -1,41 +1,10 @@
 #include "base/own_environment.h"
 
 #include "support/flow.h"
+#include "support/opened_urls.h"
 
-#include <QDesktopServices>
 #include <QTextBrowser>
 #include <QUrl>
-
-namespace {
-
-// The environment that a program started by the desktop's services would get.
-class Desktop : public QObject {
-    Q_OBJECT
-
-public:
-    Desktop()
-    {
-        for (const char *scheme : { "https", "file" })
-            QDesktopServices::setUrlHandler(scheme, this, "open");
-    }
-    ~Desktop() override
-    {
-        for (const char *scheme : { "https", "file" })
-            QDesktopServices::unsetUrlHandler(scheme);
-    }
-
-    QString address;
-    QProcessEnvironment environment;
-
-public slots:
-    void open(const QUrl &url)
-    {
-        address = url.toString();
-        environment = QProcessEnvironment::systemEnvironment();
-    }
-};
-
-} // namespace
 
 // What the desktop opens for the user gets nothing that the program has set in its environment for itself: it would be
 // drawn at the wrong size, without fonts, or fill the small folder of the segments.
@@ -77,7 +46,7 @@ private slots:
         QCOMPARE(qgetenv("QT_QPA_FONTDIR"), QByteArray(":/"));
         const QByteArray folder = qgetenv("TMPDIR");
         OwnEnvironment::set("TMPDIR", folder + "/");
-        Desktop desktop;
+        OpenedUrls desktop(QUrl(address).scheme());
 
         if (const auto *label = qobject_cast<QLabel *>(flow->widget(opener.constData()))) {
             // Else the toolkit would open the address itself.
@@ -89,7 +58,8 @@ private slots:
             emit flow->find<QTextBrowser>("tDiagnosticsRaport")->anchorClicked(QUrl("open_folder"));
         }
 
-        QVERIFY2(desktop.address.startsWith(address), qPrintable(desktop.address));
+        QCOMPARE(desktop.urls.size(), 1);
+        QVERIFY2(desktop.urls.first().toString().startsWith(address), qPrintable(desktop.urls.first().toString()));
         QVERIFY(!desktop.environment.contains("QT_SCREEN_SCALE_FACTORS"));
         QVERIFY(!desktop.environment.contains("QT_QPA_FONTDIR"));
         QCOMPARE(desktop.environment.value("TMPDIR").toLocal8Bit(), folder);

@@ -3,6 +3,7 @@
 #include <QDesktopServices>
 #include <QList>
 #include <QObject>
+#include <QProcessEnvironment>
 #include <QUrl>
 
 // While it lives, addresses of one scheme ("https") come here and no program of the desktop opens them.
@@ -17,9 +18,14 @@ public:
     ~OpenedUrls() override { QDesktopServices::unsetUrlHandler(ownScheme); }
 
     QList<QUrl> urls;
+    QProcessEnvironment environment; // that a program for the last of them would have got
 
 public slots:
-    void take(const QUrl &url) { urls << url; }
+    void take(const QUrl &url)
+    {
+        urls << url;
+        environment = QProcessEnvironment::systemEnvironment();
+    }
 
 private:
     QString ownScheme;

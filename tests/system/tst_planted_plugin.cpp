@@ -1,5 +1,7 @@
 #include "program_runs.h"
 
+#include "base/common.h"
+
 // Whoever starts the program in a folder that others write to gets no plugin of theirs into the process that takes his
 // PIN: neither from folders of one letter there, nor from the root of the drive.
 class TestPlantedPlugin : public QObject, private ProgramRuns {
@@ -49,6 +51,25 @@ private slots:
         startProgram({}, environment);
 
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(trace()), 20000);
+    }
+
+    // Asked from inside the program, by the plugin that it may load.
+    void libraryOfTheCurrentFolderIsNotFoundByItsName()
+    {
+        if (!onWindows)
+            QSKIP("The loader of this system never looks there");
+        QVERIFY(QFile::copy(VELMOR_TEST_EMPTY_LIBRARY, start() + "/planted_probe.dll"));
+        StringMap environment = variables();
+        environment.insert("QT_PLUGIN_PATH", start() + "/a");
+        QProcess process;
+        process.setWorkingDirectory(start());
+        process.setProcessEnvironment(environmentWith(environment));
+
+        process.start(program(), QStringList());
+
+        QTRY_COMPARE_WITH_TIMEOUT(readFileText(trace()), QString("current folder distrusted"), 20000);
+        process.kill();
+        process.waitForFinished();
     }
 
     void pluginOfTheCurrentFolderIsNotLoaded()

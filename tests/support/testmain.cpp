@@ -3,10 +3,20 @@
 #include "base/platform.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QMap>
 #include <QMutex>
 #include <QTemporaryDir>
+
+#include <cerrno>
+#include <cstring>
+
+#ifdef Q_OS_LINUX
+#include <sched.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
+#endif
 
 namespace {
 
@@ -22,6 +32,31 @@ QMap<QByteArray, TestCase::Make> &testCases()
     return cases;
 }
 
+// The system knows segments and semaphores by 16 bits of the number of a file, so two files, of which one may have gone
+// long ago, can mean the same segment. Where the system lets a process have segments of its own, that is over with.
+void haveOwnSegments()
+{
+#ifdef Q_OS_LINUX
+    if (unshare(CLONE_NEWIPC) != 0 && errno != EPERM)
+        qWarning("unshare: %s", std::strerror(errno));
+#endif
+}
+
+// What killed programs have left under this folder. It would outlive its files, and be taken for that of later ones.
+void removeSegments(const QString &folder)
+{
+#ifdef Q_OS_LINUX
+    QDirIterator files(folder, { "qipc_*" }, QDir::Files | QDir::System, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const key_t key = ftok(QFile::encodeName(files.next()).constData(), 'Q');
+        shmctl(shmget(key, 0, 0), IPC_RMID, nullptr);
+        semctl(semget(key, 0, 0), 0, IPC_RMID);
+    }
+#else
+    Q_UNUSED(folder)
+#endif
+}
+
 void catchMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     LogCatcher::add(message);
@@ -33,6 +68,7 @@ void catchMessage(QtMsgType type, const QMessageLogContext &context, const QStri
 
 TestHome::TestHome() : folder(new QTemporaryDir)
 {
+    haveOwnSegments();
     // Short, since TMPDIR also holds the names of local sockets.
     homePath = folder->path();
     const QDir home(homePath);
@@ -68,6 +104,7 @@ TestHome::TestHome() : folder(new QTemporaryDir)
 
 TestHome::~TestHome()
 {
+    removeSegments(homePath);
     delete folder;
 }
 

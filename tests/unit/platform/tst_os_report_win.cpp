@@ -7,7 +7,56 @@
 
 #include <QSettings>
 
+#include <windows.h>
+
+#include <setupapi.h>
+
 using namespace InstalledPrograms;
+
+namespace {
+
+// A smart card reader that is registered with the system while this lives. Without a hardware id it is one that is not
+// there any more.
+class Device {
+public:
+    Device(const char *instance, const QString &description, bool present) :
+        devices(SetupDiCreateDeviceInfoList(&setupClass, nullptr))
+    {
+        const QString id = instance;
+        const bool made = SetupDiCreateDeviceInfoW(devices, wide(id), &setupClass, nullptr, nullptr, 0, &device)
+            && (!present || set(SPDRP_HARDWAREID, "USB\\VID_076B")) && set(SPDRP_DEVICEDESC, description)
+            && SetupDiRegisterDeviceInfo(devices, &device, 0, nullptr, nullptr, nullptr)
+            && SetupDiCreateDeviceInterfaceW(devices, &device, &readers, nullptr, 0, nullptr);
+        if (!made)
+            qFatal("%s: %lu", instance, GetLastError());
+    }
+    ~Device()
+    {
+        SetupDiRemoveDevice(devices, &device);
+        SetupDiDestroyDeviceInfoList(devices);
+    }
+    Device(const Device &) = delete;
+    Device &operator=(const Device &) = delete;
+
+private:
+    static constexpr GUID setupClass = { 0x50DD5230, 0xBA8A, 0x11D1, { 0xBF, 0x5D, 0, 0, 0xF8, 0x05, 0xF5, 0x30 } };
+    static constexpr GUID readers = setupClass;
+
+    static const wchar_t *wide(const QString &text) { return reinterpret_cast<const wchar_t *>(text.utf16()); }
+    // With two zeros behind it, so that it is a list as well.
+    bool set(DWORD property, const QString &text)
+    {
+        const QString ended = text + QChar(0);
+        return SetupDiSetDeviceRegistryPropertyW(devices, &device, property,
+                                                 reinterpret_cast<const BYTE *>(ended.utf16()),
+                                                 static_cast<DWORD>((ended.size() + 1) * 2));
+    }
+
+    HDEVINFO devices;
+    SP_DEVINFO_DATA device = { sizeof(SP_DEVINFO_DATA), {}, 0, 0 };
+};
+
+} // namespace
 
 // What the report asks of Windows: the list of installed programs, the management interface, devices and paths.
 class TstOsReport : public QObject {
@@ -152,6 +201,40 @@ private slots:
         QVERIFY(!system["BuildNumber"].isEmpty());
     }
 
+    void valueIsToldByItsKind_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        const struct {
+            const char *kind;
+            const char *table;
+            const char *name;
+            QString value;
+        } rows[] = {
+            { "VT_NULL", "Win32_Processor", "UniqueId", "null" },
+            { "VT_I2", "Win32_OperatingSystem", "CurrentTimeZone",
+              QString::number(QDateTime::currentDateTime().offsetFromUtc() / 60) },
+            { "VT_I4", "Win32_OperatingSystem", "OSLanguage", QString::number(GetSystemDefaultLangID()) },
+            { "VT_BOOL", "Win32_OperatingSystem", "Primary", "-1" },
+            { "VT_BSTR", "Win32_OperatingSystem", "SystemDrive", "C:" },
+            { "list", "Win32_SystemEnclosure", "ChassisTypes", "not set" },
+        };
+        for (const auto &row : rows)
+            QTest::newRow(row.kind) << QString(row.table) << QString(row.name) << row.value;
+    }
+    void valueIsToldByItsKind()
+    {
+        QFETCH(QString, table);
+        QFETCH(QString, name);
+        WmiClient wmi;
+        QCOMPARE(wmi.connect(), 0L);
+        const auto values = wmi.query("select * from " + table);
+        wmi.disconnect();
+
+        QTEST(values.value(name, "no such property"), "value");
+    }
+
     void questionThatMakesNoSenseGivesNothing()
     {
         WmiClient wmi;
@@ -181,6 +264,16 @@ private slots:
     }
 
     void systemWithoutReadersHasNoDevices() { QCOMPARE(Os().readerDevices(), QStringList()); }
+
+    void readersOfTheSystemAreToldOnceInTheirOrder()
+    {
+        const Device beta("ROOT\\READER\\0000", "Czytnik Beta", true);
+        const Device alfa("ROOT\\READER\\0001", "Czytnik Alfa", true);
+        const Device again("ROOT\\READER\\0002", "Czytnik Beta", true);
+        const Device gone("ROOT\\READER\\0003", "Czytnik Gamma", false);
+
+        QCOMPARE(Os().readerDevices(), QStringList({ "Czytnik Alfa", "Czytnik Beta" }));
+    }
 
     void pathsAreInTheSystemsForm()
     {

@@ -1,4 +1,5 @@
 #include "pin_fields.h"
+#include "pin_texts.h"
 #include "support/pin_flow.h"
 
 // The answers of the card to a PIN operation, as the window shows them: result page, hints, what stays in the fields,
@@ -9,8 +10,9 @@ class TestPinResults : public QObject {
 private:
     std::unique_ptr<PinFlow> flow;
 
-    void resultPageIs(const QString &title, const QString &text, const QString &colour)
+    void resultPageIs(const QString &title, const QString &text, PinTexts::Colour kind)
     {
+        const QString colour = PinTexts::colourValue(kind);
         QCOMPARE(flow->page(), QString("pageCorrectChange"));
         QVERIFY(!flow->loaderShown());
         QCOMPARE(flow->title(), title);
@@ -38,37 +40,21 @@ private slots:
     }
     void cleanup() { flow.reset(); }
 
+    // One code a kind; the words of each stand in tst_pin_texts.
     void resultOfAChange_data()
     {
         QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("log");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("colour");
         QTest::addColumn<bool>("emptied");
-        const QString wrong = "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN";
-        const QString wrongLog = "changePinFin() -- Incorrect Actual Pin";
-        QTest::newRow("0") << 0 << "Pin changed correctly"
-                           << "PIN został zmieniony"
-                           << "#6EBB6E" << true;
-        QTest::newRow("-11") << -11 << "changePinFin() -- Operation rejected"
-                             << "Zmiana PIN-u przerwana"
-                             << "#EA0449" << false;
-        QTest::newRow("-9") << -9 << "changePinFin() -- Pins Don't Match"
-                            << "Podane PINy różnią się"
-                            << "#EA0449" << false;
-        QTest::newRow("-8") << -8 << "changePinFin() -- Operation canceled"
-                            << "Zmiana PIN-u anulowana"
-                            << "#2B9EEB" << false;
-        QTest::newRow("-6") << -6 << wrongLog << wrong << "#EA0449" << true;
-        QTest::newRow("-1") << -1 << wrongLog << wrong << "#EA0449" << true;
+        QTest::newRow("success") << 0 << true;
+        QTest::newRow("error") << -9 << false;
+        QTest::newRow("neutral") << -8 << false;
+        QTest::newRow("wrong PIN") << -6 << true;
     }
     void resultOfAChange()
     {
         QFETCH(int, code);
-        QFETCH(QString, log);
-        QFETCH(QString, text);
-        QFETCH(QString, colour);
         QFETCH(bool, emptied);
+        const PinTexts::Outcome &outcome = *PinTexts::changeOutcome(code);
         flow->openPinPage(sim::Qualified);
         flow->typeChange("12345678", "48261537", "48261537");
         tell("Zmień PIN", 2, 3);
@@ -77,9 +63,9 @@ private slots:
 
         flow->window->changePinFin(code);
 
-        resultPageIs("Zmiana PIN-u", text, colour);
+        resultPageIs("Zmiana PIN-u", outcome.text, outcome.colour);
         QVERIFY(catcher.lines().contains("Change pin status:  " + QString::number(code)));
-        QVERIFY(catcher.has(log));
+        QVERIFY(catcher.has(outcome.log));
         // What was typed stays in the hidden fields until the next visit, but for the first two.
         for (const char *name : { "lineActualPin", "lineNewPin", "lineRepeatPin" })
             QCOMPARE(flow->field(name)->text().isEmpty(), emptied);
@@ -166,41 +152,19 @@ private slots:
     {
         QTest::addColumn<int>("code");
         QTest::addColumn<bool>("firstPin");
-        QTest::addColumn<QString>("log");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("colour");
-        const struct {
-            int code;
-            const char *log;
-            const char *text;
-            const char *firstPinText;
-            const char *colour;
-        } rows[] = {
-            { 0, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany", "PIN został nadany",
-              "#6EBB6E" },
-            { -11, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
-              "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie.", "#2B9EEB" },
-            { -9, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się", "Podane PINy różnią się",
-              "#EA0449" },
-            { -8, "unblockPinFin() -- Operation canceled", "Odblokowanie PIN-u anulowane", "Nadawanie PIN-u anulowane",
-              "#2B9EEB" },
-            { -4, "unblockPinFin() -- Incorrect PUK", "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.",
-              "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.", "#EA0449" },
-            { -1, "unblockPinFin() -- Incorrect PUK", "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.",
-              "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.", "#EA0449" },
-        };
-        for (const auto &row : rows) {
-            QTest::addRow("%d, unblock", row.code) << row.code << false << row.log << row.text << row.colour;
-            QTest::addRow("%d, first PIN", row.code) << row.code << true << row.log << row.firstPinText << row.colour;
+        for (const bool firstPin : { false, true }) {
+            const char *operation = firstPin ? "first PIN" : "unblock";
+            QTest::addRow("%s, success", operation) << 0 << firstPin;
+            QTest::addRow("%s, error", operation) << -9 << firstPin;
+            QTest::addRow("%s, neutral", operation) << -11 << firstPin;
+            QTest::addRow("%s, wrong PUK", operation) << -4 << firstPin;
         }
     }
     void resultOfAnUnblock()
     {
         QFETCH(int, code);
         QFETCH(bool, firstPin);
-        QFETCH(QString, log);
-        QFETCH(QString, text);
-        QFETCH(QString, colour);
+        const PinTexts::Outcome &outcome = *PinTexts::unblockOutcome(code);
         tell(firstPin ? "Nadaj PIN" : "Odblokuj PIN", firstPin ? 4 : 0, 3);
         flow->openPinPage(sim::Qualified);
         flow->typeUnblock(PinFlow::puk, "48261537", "48261537");
@@ -211,9 +175,10 @@ private slots:
         flow->window->unblockPinFin(code);
 
         // The result page's titles end in a blank.
-        resultPageIs(firstPin ? "Nadawanie PIN-u " : "Odblokowanie PIN-u ", text, colour);
+        resultPageIs(firstPin ? "Nadawanie PIN-u " : "Odblokowanie PIN-u ",
+                     firstPin ? outcome.firstPinText : outcome.text, outcome.colour);
         QVERIFY(catcher.lines().contains("unblock Pin fin code:  " + QString::number(code)));
-        QVERIFY(catcher.has(log));
+        QVERIFY(catcher.has(outcome.log));
         for (const char *name : { "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
             QCOMPARE(flow->field(name)->text().isEmpty(), code == 0);
         for (const char *tries : { "lTryNumDescPUK", "lTryNumDescPUKpinpad" })
@@ -226,11 +191,11 @@ private slots:
         tell("Nadaj PIN", 4, 3);
         flow->openPinPage(sim::Qualified);
         flow->window->unblockPinFin(-8);
-        resultPageIs("Nadawanie PIN-u ", "Nadawanie PIN-u anulowane", "#2B9EEB");
+        resultPageIs("Nadawanie PIN-u ", "Nadawanie PIN-u anulowane", PinTexts::Colour::Neutral);
 
         flow->window->unblockPinFin(-8);
 
-        resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", "#2B9EEB");
+        resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", PinTexts::Colour::Neutral);
     }
 
     void successMarksThePukAsGoodWhereverTheUserIs()

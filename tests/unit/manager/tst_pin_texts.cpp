@@ -8,64 +8,84 @@ using namespace PinTexts;
 class TestPinTexts : public QObject {
     Q_OBJECT
 
+private:
+    static constexpr char red[] = "#EA0449", green[] = "#6EBB6E", blue[] = "#2B9EEB";
+
+    struct Row {
+        const char *name;
+        int code;
+        const char *colour;
+        const char *log;
+        const char *text;
+        const char *firstPinText = nullptr;
+    };
+
+    static void columns()
+    {
+        QTest::addColumn<int>("code");
+        for (const char *column : { "colour", "log", "text", "firstPinText" })
+            QTest::addColumn<QString>(column);
+    }
+    template <std::size_t N>
+    static void add(const Row (&rows)[N])
+    {
+        for (const Row &row : rows)
+            QTest::newRow(row.name) << row.code << QString(row.colour) << QString(row.log) << QString(row.text)
+                                    << QString(row.firstPinText);
+    }
+    static void compare(const Outcome *outcome)
+    {
+        QVERIFY(outcome);
+        QTEST(colourValue(outcome->colour), "colour");
+        QTEST(QString(outcome->log), "log");
+        QTEST(QString(outcome->text), "text");
+        QTEST(QString(outcome->firstPinText), "firstPinText");
+    }
+
 private slots:
     void resultsOfAChange_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("colour");
-        QTest::newRow("done") << 0 << "PIN został zmieniony"
-                              << "#6EBB6E";
-        QTest::newRow("aborted") << -11 << "Zmiana PIN-u przerwana"
-                                 << "#EA0449";
-        QTest::newRow("PINs differ") << -9 << "Podane PINy różnią się"
-                                     << "#EA0449";
-        QTest::newRow("cancelled") << -8 << "Zmiana PIN-u anulowana"
-                                   << "#2B9EEB";
-        QTest::newRow("wrong PIN") << -6 << "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN"
-                                   << "#EA0449";
-        QTest::newRow("other failure") << -1 << "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN"
-                                       << "#EA0449";
+        columns();
+        const char *wrongPin = "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN";
+        const Row rows[] = {
+            { "done", 0, green, "Pin changed correctly", "PIN został zmieniony" },
+            { "aborted", -11, red, "changePinFin() -- Operation rejected", "Zmiana PIN-u przerwana" },
+            { "PINs differ", -9, red, "changePinFin() -- Pins Don't Match", "Podane PINy różnią się" },
+            { "cancelled", -8, blue, "changePinFin() -- Operation canceled", "Zmiana PIN-u anulowana" },
+            { "wrong PIN", -6, red, "changePinFin() -- Incorrect Actual Pin", wrongPin },
+            { "other failure", -1, red, "changePinFin() -- Incorrect Actual Pin", wrongPin },
+        };
+        add(rows);
     }
     void resultsOfAChange()
     {
         QFETCH(int, code);
-        const Outcome *outcome = changeOutcome(code);
-        QVERIFY(outcome);
-        QTEST(QString(outcome->text), "text");
-        QTEST(colourValue(outcome->colour), "colour");
+        compare(changeOutcome(code));
     }
 
     void resultsOfAnUnblock_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("firstPinText");
-        QTest::addColumn<QString>("colour");
-        const QString differ = "Podane PINy różnią się";
-        const QString wrong = "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.";
-        const QString wrongFirst = "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.";
-        QTest::newRow("done") << 0 << "PIN został odblokowany"
-                              << "PIN został nadany"
-                              << "#6EBB6E";
-        QTest::newRow("aborted") << -11 << "Odblokowanie PIN-u anulowane"
-                                 << "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie."
-                                 << "#2B9EEB";
-        QTest::newRow("PINs differ") << -9 << differ << differ << "#EA0449";
-        QTest::newRow("cancelled") << -8 << "Odblokowanie PIN-u anulowane"
-                                   << "Nadawanie PIN-u anulowane"
-                                   << "#2B9EEB";
-        QTest::newRow("wrong PUK") << -4 << wrong << wrongFirst << "#EA0449";
-        QTest::newRow("other failure") << -1 << wrong << wrongFirst << "#EA0449";
+        columns();
+        const char *wrong = "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.";
+        const char *wrongFirst = "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.";
+        const Row rows[] = {
+            { "done", 0, green, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany",
+              "PIN został nadany" },
+            { "aborted", -11, blue, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
+              "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie." },
+            { "PINs differ", -9, red, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się",
+              "Podane PINy różnią się" },
+            { "cancelled", -8, blue, "unblockPinFin() -- Operation canceled", "Odblokowanie PIN-u anulowane",
+              "Nadawanie PIN-u anulowane" },
+            { "wrong PUK", -4, red, "unblockPinFin() -- Incorrect PUK", wrong, wrongFirst },
+            { "other failure", -1, red, "unblockPinFin() -- Incorrect PUK", wrong, wrongFirst },
+        };
+        add(rows);
     }
     void resultsOfAnUnblock()
     {
         QFETCH(int, code);
-        const Outcome *outcome = unblockOutcome(code);
-        QVERIFY(outcome);
-        QTEST(QString(outcome->text), "text");
-        QTEST(QString(outcome->firstPinText), "firstPinText");
-        QTEST(colourValue(outcome->colour), "colour");
+        compare(unblockOutcome(code));
     }
 
     void codesOfTheOtherOperationShowNothing_data()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "card/card_results.h"
+#include "pin_texts.h"
 #include "support/flow.h"
 
 #include <QLineEdit>
@@ -87,6 +89,23 @@ public:
         return done;
     }
 
+    // The result page tells of this result; its words stand in tst_pin_texts.
+    bool showsChange(int result) const
+    {
+        const PinTexts::Outcome *outcome = PinTexts::changeOutcome(result);
+        return showsResult(outcome->text, outcome->colour);
+    }
+    bool showsUnblock(int result) const
+    {
+        const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(result);
+        return showsResult(outcome->text, outcome->colour);
+    }
+    bool showsFirstPin(int result) const
+    {
+        const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(result);
+        return showsResult(outcome->firstPinText, outcome->colour);
+    }
+
     QString resultText() const { return label("lPinChanged")->text(); }
     QString resultStyle() const { return widget("pinChangedFrame")->styleSheet(); }
     QString subtitle() const { return label("lSubTitle")->text(); }
@@ -112,6 +131,11 @@ public:
     }
 
 private:
+    bool showsResult(const QString &text, PinTexts::Colour colour) const
+    {
+        return resultText() == text && resultStyle().contains(PinTexts::colourValue(colour));
+    }
+
     static constexpr const char *readerName = "Czytnik Alfa";
     std::string cardName;
 };

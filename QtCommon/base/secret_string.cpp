@@ -4,8 +4,8 @@
 
 void wipeSecret(QString &text)
 {
-    // isDetached() is also false for what has no memory of its own: a literal, an empty text.
-    if (!text.isEmpty() && text.isDetached())
+    // False also for what has no memory of its own: a literal, an empty text.
+    if (text.isDetached())
         OPENSSL_cleanse(text.data(), static_cast<std::size_t>(text.size()) * sizeof(QChar));
     text.clear();
 }

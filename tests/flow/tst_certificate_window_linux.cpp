@@ -1,3 +1,4 @@
+#include "support/armed_timers.h"
 #include "support/flow.h"
 #include "support/viewers.h"
 
@@ -66,6 +67,19 @@ private slots:
         QTRY_COMPARE(viewers->started(), 1);
         QCOMPARE(viewers->call(0), "gcr-viewer " + QDir::tempPath() + "/cert.cer");
         QTRY_VERIFY(flow->loaderShown());
+        QTRY_VERIFY(!flow->loaderShown());
+    }
+
+    void viewerIsLookedForAtItsTimes()
+    {
+        viewers->install("gcr-viewer");
+        openPage();
+        const auto armedByLook = [this](const char *slot) {
+            return waitsArmedBy([&] { QMetaObject::invokeMethod(flow->window.get(), slot); });
+        };
+        QCOMPARE(waitsArmedBy([this] { detailsButton()->click(); }), QList<int> { 100 });
+        QCOMPARE(armedByLook("openCertWinShowLoader"), QList<int> { 1000 });
+        QCOMPARE(armedByLook("openCertWinFin"), QList<int> { 500 });
         QTRY_VERIFY(!flow->loaderShown());
     }
 

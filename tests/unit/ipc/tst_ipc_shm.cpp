@@ -1,6 +1,7 @@
 #include "ipc_fixture.h"
 
 #include "app/app_lock.h"
+#include "support/armed_timers.h"
 
 #ifdef Q_OS_LINUX
 #include <sys/shm.h>
@@ -182,6 +183,11 @@ private slots:
         QTRY_COMPARE(heard.size(), 1);
         QCOMPARE(log.lines(), QStringList { "recv k:value, to:velmor_monitor" });
         QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
+    }
+
+    void nextLookIsATenthOfASecondLater()
+    {
+        QCOMPARE(waitsArmedBy([this] { listen(); }), QList<int> { 100 });
     }
 
     void inboxIsLookedIntoTenTimesASecond()

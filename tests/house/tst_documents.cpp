@@ -52,6 +52,26 @@ private slots:
         QCOMPARE(versions.first(), QString(Version::shortText));
     }
 
+    void everyCommandStandsAmongTheMessages()
+    {
+        const QString source = VELMOR_TEST_SOURCE_DIR;
+        const QString messages = readFileText(source + "/docs/messages.md");
+        const QString commands = messages.section("\n## Commands to Manager\n", 1).section("\n## ", 0, 0);
+        QStringList told;
+        for (const QString &cell : captured(commands, "(?m)^\\|([^|]*)\\|"))
+            told += captured(cell, "`(\\w+)`");
+        const QString table =
+            readFileText(source + "/Manager/window_messages.cpp").section(" commands {\n", 1).section("\n    };", 0, 0);
+        QStringList known = captured(table, "(?m)^        \\{ \"(\\w+)\",");
+
+        // Not in the table of the source: it ends the reading of the message.
+        known << "close";
+        told.sort();
+        known.sort();
+        QVERIFY(known.size() > 1);
+        QCOMPARE(told, known);
+    }
+
     void documentIsValid_data() { addDocuments(); }
     void documentIsValid()
     {

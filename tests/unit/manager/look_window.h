@@ -6,14 +6,19 @@
 #include "gui/key_focus.h"
 #include "pin_fields.h"
 #include "shared.h"
-#include "ui_window.h" // which its includers name too: only sources are scanned for forms
+#include "ui_window.h"
 
 #include <QFontDatabase>
 #include <QMainWindow>
 
 #include <cmath>
 
-inline const QStringList themes { "light", "dark", "hc" };
+// As they lie in the sources, so that a new one is asked for all that the others are.
+inline const QStringList themes = [] {
+    QStringList names = QDir(VELMOR_TEST_SOURCE_DIR "/Shared/themes").entryList({ "*.cmake" });
+    names.removeOne("themes.cmake");
+    return names.replaceInStrings(".cmake", "");
+}();
 
 inline QString styleText(const QString &theme, const QString &name)
 {

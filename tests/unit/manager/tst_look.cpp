@@ -1,5 +1,4 @@
 #include "look_window.h"
-#include "ui_window.h"
 
 // The themes on the real forms: their type, and that nothing is cut off.
 class TestLook : public QObject {

@@ -1,7 +1,6 @@
 #include "look_window.h"
 #include "ui_popup.h"
 #include "ui_thecertitem.h"
-#include "ui_window.h"
 
 #include <QDialog>
 

@@ -1,5 +1,4 @@
 #include "look_window.h"
-#include "ui_window.h"
 
 #include <QPainter>
 #include <QSvgRenderer>

@@ -2,7 +2,6 @@
 #include "pin_fields.h"
 #include "ui_popup.h"
 #include "ui_thecertitem.h"
-#include "ui_window.h"
 
 #include <QDialog>
 

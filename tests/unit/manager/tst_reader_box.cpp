@@ -1,6 +1,5 @@
 #include "look_window.h"
 #include "reader_box.h"
-#include "ui_window.h"
 
 #include "look/widget_walk.h"
 

@@ -116,6 +116,11 @@ std::optional<CardState> SimWorld::cardState(const std::string &card) const
     return state ? std::optional<CardState>(*state) : std::nullopt;
 }
 
+int SimWorld::delay() const
+{
+    return state().delayMs;
+}
+
 std::vector<Fault> SimWorld::faults() const
 {
     return state().faults;

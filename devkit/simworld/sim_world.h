@@ -80,6 +80,7 @@ public:
     std::optional<Card> card(const std::string &name) const; // with values, as made
     std::string cardsDirectory() const;
     std::optional<CardState> cardState(const std::string &card) const; // PINs as they are now
+    int delay() const; // of every call, in milliseconds
     std::vector<Fault> faults() const; // `nth` is what is left to count
     int waitingCalls() const; // calls that wait now, in a block or at the pad
     std::vector<PadAnswer> padAnswers() const;

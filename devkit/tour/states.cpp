@@ -3,7 +3,7 @@
 QVector<State> allStates()
 {
     QVector<State> all;
-    for (const auto &part : { homeStates, pageStates, pinStates, helpStates, settingsStates, shellStates })
+    for (const auto &part : { homeStates, pageStates, pinStates, helpStates, settingsStates, shellStates, panelStates })
         all += part();
     return all;
 }

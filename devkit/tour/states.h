@@ -21,6 +21,8 @@ QVector<State> pinStates();
 QVector<State> helpStates();
 QVector<State> settingsStates();
 QVector<State> shellStates();
+// The trainer's window, beside the program.
+QVector<State> panelStates();
 
 // All of them.
 QVector<State> allStates();

@@ -77,6 +77,15 @@ bool Tour::showDialog(const std::function<void()> &open)
     return !dialog.isNull();
 }
 
+bool Tour::showWindow(QWidget &other)
+{
+    other.show();
+    other.activateWindow();
+    pause(dialogPaintedMs);
+    keepDialog(other);
+    return other.isVisible();
+}
+
 void Tour::keepDialog(QWidget &shown)
 {
     dialog = shown.grab();

@@ -31,6 +31,9 @@ public:
     // For a state that is a dialog: calls `open`, which runs the dialog, keeps its picture for take and closes it.
     bool showDialog(const std::function<void()> &open);
 
+    // For a state that is another window: shows it, and keeps its picture for take.
+    bool showWindow(QWidget &other);
+
     // For a state that is an open list.
     bool showList(QComboBox *box);
 

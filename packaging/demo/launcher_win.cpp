@@ -1,9 +1,8 @@
 // velmor-demo.exe: starts the demonstration. It puts a card into the simulated reader if there is no reader yet, starts
-// the panel, if there is one, and the program, and ends what stays when the program has ended.
+// the panel and the program, and ends what stays when the program has ended.
 #include "simworld/reader_message.h"
 #include "simworld/sim_world.h"
 
-#include <optional>
 #include <string>
 
 #include <windows.h>
@@ -24,11 +23,6 @@ std::wstring wide(const std::string &text)
     std::wstring out(static_cast<std::size_t>(size), L'\0');
     MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), out.data(), size);
     return out;
-}
-
-bool exists(const std::wstring &path)
-{
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 int tell(const std::wstring &text)
@@ -67,11 +61,6 @@ public:
         GetExitCodeProcess(process.hProcess, &code);
         return static_cast<int>(code);
     }
-    void end() const
-    {
-        if (started)
-            TerminateProcess(process.hProcess, 0);
-    }
 
 private:
     PROCESS_INFORMATION process = {};
@@ -96,7 +85,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR options, int)
 {
     const std::wstring root = ownFolder();
     const std::wstring manager = root + L"\\64\\Manager.exe";
-    // Whoever holds it is the first; a second start only brings the first one's window to the front.
+    // Whoever holds it is the first; a second start only brings the first one's windows to the front.
     CreateMutexW(nullptr, FALSE, L"velmor-demo");
     const bool isFirst = GetLastError() != ERROR_ALREADY_EXISTS;
     std::wstring arguments = options;
@@ -112,16 +101,14 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR options, int)
     const Process program(manager, arguments);
     if (!program.isStarted())
         return tell(L"Nie można uruchomić programu:\n" + manager + L"\nRozpakuj całe archiwum jeszcze raz.");
+    // One that runs comes to the front; without it the program is the same.
+    const Process panel(root + L"\\64\\velmor-panel.exe", {});
     if (!isFirst)
         return program.wait();
 
-    const std::wstring panelFile = root + L"\\64\\velmor-panel.exe";
-    const std::optional<Process> panel = exists(panelFile) ? std::make_optional<Process>(panelFile, L"") : std::nullopt;
     const int code = program.wait();
-    if (panel)
-        panel->end();
     // The stand-ins would stay.
-    for (const wchar_t *sibling : { L"velmor_monitor", L"velmor_can" })
+    for (const wchar_t *sibling : { L"velmor_monitor", L"velmor_can", L"velmor_panel" })
         Process(root + L"\\64\\velmor_send.exe", sibling + std::wstring(L" close 1"), CREATE_NO_WINDOW).wait();
     return code;
 }

@@ -114,7 +114,7 @@ class Demonstration(unittest.TestCase):
         self.assertLessEqual(shared, set(files_of(demo)))
         self.assertEqual({name for name in more if not name.startswith("devkit/")},
                          {"CZYTAJ.txt", "velmor-demo.exe", "64/velmor-pkcs11-64.dll", "64/velmor_can.exe",
-                          "64/velmor_monitor.exe", "64/velmor_send.exe"})
+                          "64/velmor_monitor.exe", "64/velmor_send.exe", "64/velmor-panel.exe"})
         self.assertIn("devkit/velmor-sim.exe", more)
         # All the same but the program itself, which has other places.
         self.assertEqual([name for name in sorted(shared)

@@ -42,7 +42,8 @@ private:
     }
     static void endEverything()
     {
-        for (const char *name : { "Manager.exe", "velmor_monitor.exe", "velmor_can.exe", "velmor-demo.exe" }) {
+        for (const char *name :
+             { "Manager.exe", "velmor_monitor.exe", "velmor_can.exe", "velmor-panel.exe", "velmor-demo.exe" }) {
             for (const DWORD id : processesOf(name)) {
                 const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
                 TerminateProcess(process, 99);
@@ -100,6 +101,22 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(contentOf(demoLog()).count("all certs loaded"), 2, stepPatience);
     }
 
+    void panelOpensBesideItAndComesBackWithASecondStart()
+    {
+        QVERIFY(open());
+        QTRY_COMPARE_WITH_TIMEOUT(processesOf("velmor-panel.exe").size(), 1, stepPatience);
+        const DWORD panel = processesOf("velmor-panel.exe").first();
+        QTRY_VERIFY_WITH_TIMEOUT(!Desktop::windowsOf(panel).isEmpty(), stepPatience);
+        const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, panel);
+        TerminateProcess(process, 0);
+        WaitForSingleObject(process, 5000);
+        CloseHandle(process);
+
+        runToEnd({}, surroundings(), launcher());
+
+        QTRY_COMPARE_WITH_TIMEOUT(processesOf("velmor-panel.exe").size(), 1, stepPatience);
+    }
+
     void installedProductAndItsSettingsStayAsTheyAre()
     {
         QVERIFY(QDir().mkpath(logFolder()));
@@ -155,7 +172,7 @@ private slots:
         Desktop::click(windowOf(manager), 883, 40);
 
         QCOMPARE(outcomeOf(*process, stepPatience).code, 0);
-        for (const char *name : { "Manager.exe", "velmor_monitor.exe", "velmor_can.exe" })
+        for (const char *name : { "Manager.exe", "velmor_monitor.exe", "velmor_can.exe", "velmor-panel.exe" })
             QTRY_VERIFY2_WITH_TIMEOUT(processesOf(name).isEmpty(), name, stepPatience);
     }
 

@@ -108,6 +108,19 @@ private slots:
 
         QCOMPARE(profile.content("user.js"), QByteArray("user_pref(\"security.osclientcerts.autoload\", false);\r\n"));
     }
+
+    void panelIsWorkedByKeyboardAndEarAlone()
+    {
+        runStory({ "panel.py", VELMOR_TEST_ROOT "/devkit/velmor-panel" }, {});
+
+        // The lesson of the lost PIN, and nothing of what was done before it.
+        QVERIFY(!world.readers().empty());
+        QCOMPARE(world.readers().at(0).card, std::string("anna"));
+        QCOMPARE(world.cardState("anna")->pins[sim::Authorization].tries, 0);
+        QCOMPARE(world.cardState("anna")->pukTries, 3);
+        const auto events = world.readerEvents();
+        QCOMPARE(events.back().what, std::string("inserted"));
+    }
 };
 
 VELMOR_TEST(TestScreenReader)

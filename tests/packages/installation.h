@@ -20,7 +20,7 @@ protected:
 
     static QString package() { return QStringLiteral(VELMOR_TEST_PACKAGES "/velmor-" VELMOR_TEST_VERSION "-x64.msi"); }
     static QString variant(const QString &name) { return QStringLiteral(VELMOR_TEST_VARIANTS "/") + name; }
-    // The tree that the package was made of.
+    // What the package ships, unpacked.
     static QDir shipped() { return QDir(QStringLiteral(VELMOR_TEST_SHIPPED)); }
 
     // Exit code of the installer, silently.

@@ -25,3 +25,37 @@ def protections_of(path):
     if struct.unpack_from("<I", data, optional + 112 + 5 * 8 + 4)[0]:
         found.add("relocations")
     return found
+
+
+def imports_of(path):
+    """What the loader has to find before the program runs: the functions by the name of their DLL in small letters."""
+    data = path.read_bytes()
+    header = struct.unpack_from("<I", data, 0x3C)[0]
+    sections, optional_size = struct.unpack_from("<H", data, header + 6)[0], struct.unpack_from("<H", data, header + 20)[0]
+    optional = header + 24
+    table = [struct.unpack_from("<8x4I", data, optional + optional_size + 40 * i) for i in range(sections)]
+
+    def place_of(address):
+        return next(raw + address - start for size, start, raw_size, raw in ((v, a, r, p) for v, a, r, p in table)
+                    if start <= address < start + max(size, raw_size))
+
+    def text_at(place):
+        return data[place:data.index(b"\0", place)].decode("ascii")
+
+    found = {}
+    # The second of the directories: a row for each DLL, up to one of zeros.
+    directory = struct.unpack_from("<I", data, optional + 112 + 1 * 8)[0]
+    row = place_of(directory) if directory else None
+    while row is not None:
+        names, _, _, dll, _ = struct.unpack_from("<5I", data, row)
+        if not dll:
+            break
+        functions = found.setdefault(text_at(place_of(dll)).lower(), set())
+        at = place_of(names)
+        while entry := struct.unpack_from("<Q", data, at)[0]:
+            # The highest bit stands for a number instead of a name.
+            if not entry >> 63:
+                functions.add(text_at(place_of(entry) + 2))
+            at += 8
+        row += 20
+    return found

@@ -17,6 +17,7 @@ constexpr char usage[] =
 
 int main(int argc, char *argv[])
 {
+    Platform::distrustCurrentFolder();
     enum { taken, notTaken, notUnderstood };
     Platform::usePrivateTempDir("velmor");
     const QCoreApplication application(argc, argv);

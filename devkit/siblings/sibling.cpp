@@ -23,6 +23,7 @@ QString installRoot()
 
 void Sibling::setUp(const QString &displayName, const QByteArray &id)
 {
+    Platform::distrustCurrentFolder();
     Platform::usePrivateTempDir("velmor");
     App::instance()->init(displayName, installRoot(), architecture, id);
 }

@@ -6,7 +6,7 @@
 // What main of each stand-in begins with.
 namespace Sibling {
 
-// Temporary folder, identity, log, settings. Before the application object.
+// Rule for DLLs, temporary folder, identity, log, settings. Before the application object.
 void setUp(const QString &displayName, const QByteArray &id);
 
 // What the CAN of all specimen cards is.

@@ -1,9 +1,14 @@
 #!/usr/bin/env python3
 """The Debian packages as files: by the rules of Debian and of the desktop, and what they hold."""
 
+import hashlib
 import os
 import re
+import shutil
+import subprocess
+import tempfile
 import unittest
+from pathlib import Path
 
 from shipped import DEB, DEMO_DEB, FULL_VERSION, VERSION, files_of, run, unpack_for
 
@@ -98,6 +103,130 @@ class Content(unittest.TestCase):
         self.assertEqual(sorted(needed), sorted([
             "libc6", "libgcc-s1", "libqt5core5a", "libqt5gui5", "libqt5network5", "libqt5svg5", "libqt5widgets5", "libssl3",
             "libstdc++6", "qttranslations5-l10n"]))
+
+
+class Root:
+    """A machine's root on a disk of its own that can be filled and made larger. dpkg alone works in it: it has no other
+    package, so what is needed is not asked for."""
+
+    def __init__(self, case):
+        self.path = Path(tempfile.mkdtemp())
+        case.addCleanup(self.path.rmdir)
+        run("mount", "-t", "tmpfs", "-o", "size=64m", "tmpfs", self.path)
+        case.addCleanup(run, "umount", self.path)
+        admin = self.path / "var/lib/dpkg"
+        for folder in ["info", "updates", "triggers"]:
+            (admin / folder).mkdir(parents=True)
+        for file in ["status", "available"]:
+            (admin / file).touch()
+
+    def limit(self, kibibytes):
+        """What is free from now on, in room that nothing else takes."""
+        used = int(run("df", "--output=used", "-k", self.path).split()[-1])
+        run("mount", "-o", f"remount,size={used + kibibytes}k", self.path)
+
+    def dpkg(self, *words):
+        return subprocess.run(["dpkg", f"--root={self.path}", "--force-depends", "--log=/dev/null", *map(str, words)],
+                              capture_output=True, text=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
+
+    def state(self):
+        asked = subprocess.run(["dpkg-query", f"--admindir={self.path}/var/lib/dpkg", "-W", "-f",
+                                "${db:Status-Status} ${db:Status-Eflag} ${Version}", "velmor"], capture_output=True, text=True)
+        return asked.stdout.strip()
+
+    def files(self):
+        """Of all outside of dpkg's own folder."""
+        return {file.relative_to(self.path).as_posix():
+                os.readlink(file) if file.is_symlink() else hashlib.sha256(file.read_bytes()).hexdigest()
+                for file in self.path.rglob("*")
+                if (file.is_file() or file.is_symlink()) and not file.is_relative_to(self.path / "var/lib/dpkg")}
+
+
+@unittest.skipIf(os.geteuid() != 0, "mounts a disk, which root alone may")
+class FullDisk(unittest.TestCase):
+    INSTALLED = f"installed ok {FULL_VERSION}"
+
+    def test_installation_is_taken_back_and_told(self):
+        # From hardly any room to room for nearly all of it.
+        needed = sum(path.stat().st_size for path in unpack_for(self, DEB).rglob("*") if path.is_file()) // 1024
+        for free in [8, 64, 300, needed // 2, needed * 9 // 10]:
+            root = Root(self)
+            root.limit(free)
+            done = root.dpkg("--install", DEB)
+            # With 2 it could not even write down what it was about to do.
+            self.assertIn(done.returncode, [1, 2], free)
+            self.assertRegex(done.stderr, "No space left on device", f"{free}: {done.stderr}")
+            self.assertEqual(root.files(), {}, free)
+            self.assertNotIn("installed ok 4", root.state(), free)
+            self.assertEqual(list(root.path.rglob("*.dpkg-*")), [], free)
+
+            root.limit(32 * 1024)
+            self.assertEqual(root.dpkg("--install", DEB).returncode, 0, free)
+            self.assertEqual(root.state(), self.INSTALLED)
+
+    def test_upgrade_is_taken_back_to_the_older_version(self):
+        tree = Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, tree)
+        run("dpkg-deb", "-R", DEB, tree / "velmor")
+        control = tree / "velmor/DEBIAN/control"
+        control.write_text(re.sub(r"(?m)^Version: .*$", "Version: 4.0.0.1", control.read_text(encoding="utf-8")),
+                           encoding="utf-8")
+        (tree / "velmor/opt/velmor/statics/historia_zmian.html").write_text("of the older one", encoding="utf-8")
+        older = tree / "older.deb"
+        run("dpkg-deb", "--root-owner-group", "-Znone", "--build", tree / "velmor", older)
+        root = Root(self)
+        self.assertEqual(root.dpkg("--install", older).returncode, 0)
+        before = root.files()
+        root.limit(700)
+
+        done = root.dpkg("--install", DEB)
+
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("No space left on device", done.stderr)
+        self.assertEqual(root.state(), "installed ok 4.0.0.1")
+        self.assertEqual(root.files(), before)
+        root.limit(32 * 1024)
+        self.assertEqual(root.dpkg("--install", DEB).returncode, 0)
+        self.assertEqual(root.state(), self.INSTALLED)
+        self.assertNotEqual(root.files(), before)
+
+    def test_removal_needs_no_room(self):
+        root = Root(self)
+        self.assertEqual(root.dpkg("--install", DEB).returncode, 0)
+        root.limit(64)
+
+        self.assertEqual(root.dpkg("--purge", "velmor").returncode, 0)
+
+        self.assertEqual(root.files(), {})
+
+
+@unittest.skipIf(os.geteuid() != 0, "becomes an ordinary user, which root alone may")
+class OrdinaryUser(unittest.TestCase):
+    NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+
+    def test_cannot_install_and_is_told(self):
+        folder = Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, folder)
+        folder.chmod(0o755)
+        package = Path(shutil.copy(DEB, folder))
+        done = subprocess.run([*self.NOBODY, "dpkg", "--install", package], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("superuser privilege", done.stderr)
+
+    def test_starts_the_program_that_root_has_installed(self):
+        tree = unpack_for(self, DEB)
+        way = tree
+        while way != Path(tempfile.gettempdir()):
+            way.chmod(0o755)
+            way = way.parent
+        home = Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, home)
+        os.chown(home, 65534, 65534)
+        before = files_of(tree)
+        told = run(*self.NOBODY, "env", "-i", f"HOME={home}", f"TMPDIR={home}", "QT_QPA_PLATFORM=offscreen",
+                   tree / "opt/velmor/bin/Manager", "-t")
+        self.assertIn(f"<Version>{VERSION}</Version>", told)
+        self.assertEqual(files_of(tree), before)
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QFile>
+#include <QIcon>
 #include <QTabBar>
 #include <QTabWidget>
 
@@ -32,6 +33,7 @@ PanelWindow::PanelWindow() : pages(new QTabWidget), status(PanelParts::label({},
 {
     setObjectName("panel");
     setWindowTitle("velmor – panel prowadzącego");
+    setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
     setAttribute(Qt::WA_StyledBackground);
     pages->setObjectName("pages");
     pages->setDocumentMode(true);

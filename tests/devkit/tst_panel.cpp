@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QScrollBar>
 #include <QTextBrowser>
 
 // What the trainer's window shows, and how it is worked without a mouse.
@@ -171,10 +172,12 @@ private slots:
         CK_RV result = 0x9999;
         std::thread caller([&] { result = sim.login(session, CKU_USER, ""); });
 
-        QTRY_COMPARE(find<QLabel>("lWaits")->text(), QString("Program czeka na klawisze."));
+        const auto toldToWait = [this] { return find<QLabel>("lWaits")->text() == "Program czeka na klawisze."; };
+        const bool told = QTest::qWaitFor(toldToWait, 5000);
         click("bPadChange");
 
         caller.join();
+        QVERIFY(told);
         QCOMPARE(result, CK_RV(CKR_OK));
         QTRY_COMPARE(find<QLabel>("lWaits")->text(), QString("Klawisze czekają na program: 1."));
     }
@@ -193,6 +196,7 @@ private slots:
             titles,
             QStringList({ "Zapomniany PIN", "Pierwszy PIN", "Zablokowany PUK", "Dowód bez warstwy elektronicznej" }));
 
+        QCOMPARE(find<QListWidget>("listLessons")->verticalScrollBar()->maximum(), 0);
         for (int i = 0; i < lessons.size(); ++i) {
             find<QListWidget>("listLessons")->setCurrentRow(i);
             QCOMPARE(find<QLabel>("lLesson")->text(), titles[i]);

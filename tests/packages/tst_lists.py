@@ -8,8 +8,9 @@ import unittest
 
 from shipped import FULL_VERSION, LISTS, PACKAGES, files_of, run, unpack_for
 
-# Licences of the list that SPDX has, and the exception.
-KNOWN_LICENCES = {"LGPL-3.0-only", "Apache-2.0", "GPL-3.0-or-later", "GCC-exception-3.1", "MIT", "BSD-3-Clause", "OFL-1.1"}
+# Identifiers of SPDX's own lists of licences and of exceptions.
+KNOWN_LICENCES = {"LGPL-3.0-only", "GPL-3.0-only", "Qt-GPL-exception-1.0", "Apache-2.0", "GPL-3.0-or-later",
+                  "GCC-exception-3.1", "ZPL-2.1", "MIT", "BSD-3-Clause", "OFL-1.1"}
 
 
 class Lists(unittest.TestCase):

@@ -178,8 +178,8 @@ void Popup::setMessage(const QString &cssClass, const QString &text, QDialogButt
     ui->lText->setMinimumWidth(textMinimumWidth);
     ui->lText->adjustSize();
     ui->lText->setAccessibleName(Common::plainText(ui->lText->text()));
-    ui->lText->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    ui->lText->setFocusPolicy(Qt::TabFocus); // which the flags took; a screen reader can come back to the message
+    // Which its interaction flags took; a screen reader can come back to the message.
+    ui->lText->setFocusPolicy(Qt::TabFocus);
 }
 
 void Popup::setButtons(QDialogButtonBox::StandardButtons buttons, int defaultButton)

@@ -131,6 +131,28 @@ private slots:
         QCOMPARE(qGray(image.pixel(2, 2)), 255);
     }
 
+    // As a window that is moved to another screen.
+    void isDrawnAnewForAnotherDensity()
+    {
+        QWidget ground;
+        fill(ground, Qt::white);
+        ground.resize(300, 200);
+        QFrame box(&ground);
+        fill(box, Qt::white);
+        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        auto *shadow = new BoxShadow(&box);
+        shadow->setBlurRadius(20);
+        box.setGraphicsEffect(shadow);
+        const QImage plain = grab(ground, 1);
+        const QImage dense = grab(ground, 2);
+
+        QCOMPARE(grab(ground, 1), plain);
+        auto *fresh = new BoxShadow(&box);
+        fresh->setBlurRadius(20);
+        box.setGraphicsEffect(fresh);
+        QCOMPARE(grab(ground, 2), dense);
+    }
+
     void isAsWideInPointsOnADenseScreen()
     {
         const QImage plain = quick();

@@ -124,6 +124,30 @@ private slots:
         });
     }
 
+    void dialogThatGrowsStaysOnTheScreen_data()
+    {
+        QTest::addColumn<QPoint>("corner");
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QTest::newRow("top left") << screen.topLeft();
+        QTest::newRow("bottom right") << screen.bottomRight();
+    }
+    void dialogThatGrowsStaysOnTheScreen()
+    {
+        QFETCH(QPoint, corner);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        shown({ "", "", "Usuń kartę z czytnika.", QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+            QRect place = popup.geometry();
+            place.moveCenter(corner);
+            popup.setGeometry(place);
+
+            popup.guiScale(144);
+            settle();
+
+            QVERIFY2(screen.contains(popup.geometry()),
+                     qPrintable(QString("%1, %2").arg(popup.y()).arg(popup.height())));
+        });
+    }
+
     // Wider than the screen as a whole, yet no single word of it is.
     void pathThatFitsInALineStaysAsItIs()
     {

@@ -133,8 +133,17 @@ void TestLookButtons::keyAndWordStandInTheMiddle()
         button->setText("       " + QString(word));
         QCoreApplication::processEvents();
         const QRect place(button->mapTo(&look->window, QPoint()), button->size());
-        const QVector<Ink> ink = inkOf(look->window.grab(place).toImage());
+        const QImage picture = look->window.grab(place).toImage();
+        const QVector<Ink> ink = inkOf(picture);
         QVERIFY2(ink.size() >= 2, word);
+        // The key alone, on its side.
+        const int room = ink[0].first - 8;
+        const QImage key = picture.copy(room, 0, ink[0].last + 8 - room, picture.height());
+        const QVector<Ink> rows = inkOf(key.transformed(QTransform().rotate(90)));
+        QVERIFY(!rows.isEmpty());
+        const int below = rows.first().first;
+        const int above = picture.height() - 1 - rows.last().last;
+        QVERIFY2(std::abs(above - below) <= 1, qPrintable(QString("%1 above, %2 below").arg(above).arg(below)));
         const int left = ink.first().first;
         const int right = button->width() - 1 - ink.last().last;
         gaps << ink[1].first - ink[0].last;

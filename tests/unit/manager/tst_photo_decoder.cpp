@@ -48,6 +48,8 @@ private slots:
         QTest::newRow("narrow and short") << QSize(1, 100) << QByteArray("PNG");
         QTest::newRow("narrow JPEG") << QSize(1, 65000) << QByteArray("JPEG");
         QTest::newRow("flat JPEG") << QSize(65000, 1) << QByteArray("JPEG");
+        QTest::newRow("too wide") << QSize(8001, 6000) << QByteArray("PNG");
+        QTest::newRow("too high") << QSize(6000, 8001) << QByteArray("PNG");
         QTest::newRow("large") << QSize(9000, 9000) << QByteArray("PNG");
     }
     void pictureOfAnInsaneSizeCountsAsNone()

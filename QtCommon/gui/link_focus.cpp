@@ -1,9 +1,14 @@
 #include "gui/link_focus.h"
 
+#include "gui/spoken_focus.h"
+
+#include <QAccessible>
 #include <QCoreApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QTextBrowser>
+#include <QTextCursor>
 #include <QTimer>
 
 void LinkFocus::watch(QLabel *label)
@@ -24,4 +29,41 @@ bool LinkFocus::eventFilter(QObject *object, QEvent *event)
         }
     }
     return QObject::eventFilter(object, event);
+}
+
+void LinkSpeech::watch(QWidget *text)
+{
+    text->installEventFilter(this);
+}
+
+bool LinkSpeech::eventFilter(QObject *object, QEvent *event)
+{
+    auto *text = static_cast<QWidget *>(object);
+    if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        // Once the text has gone on to the link.
+        if (key == Qt::Key_Tab || key == Qt::Key_Backtab)
+            QTimer::singleShot(0, text, [text] { tellLink(text); });
+    }
+    if (event->type() == QEvent::FocusOut && qobject_cast<QLabel *>(text))
+        text->setAccessibleDescription({});
+    return QObject::eventFilter(object, event);
+}
+
+void LinkSpeech::tellLink(QWidget *text)
+{
+    if (!text->hasFocus())
+        return;
+    if (auto *label = qobject_cast<QLabel *>(text)) {
+        if (!label->hasSelectedText())
+            return;
+        label->setAccessibleDescription(label->selectedText());
+        focusAloud(label);
+    } else if (const auto *browser = qobject_cast<QTextBrowser *>(text)) {
+        const QTextCursor cursor = browser->textCursor();
+        if (!cursor.hasSelection())
+            return;
+        QAccessibleTextSelectionEvent selection(text, cursor.selectionStart(), cursor.selectionEnd());
+        QAccessible::updateAccessibility(&selection);
+    }
 }

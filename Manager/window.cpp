@@ -18,11 +18,13 @@
 #include "gui/key_focus.h"
 #include "gui/link_focus.h"
 #include "gui/secret_text.h"
+#include "gui/spoken_focus.h"
 #include "ipc/ipc.h"
 #include "platform/open_outside.h"
 #include "platform/os_info.h"
 #include "platform/temporary_certificate.h"
 #include "reader_box.h"
+#include "spoken_page.h"
 #include "text_width.h"
 #include "thproxy.h"
 #include "tile_shadow.h"
@@ -43,6 +45,14 @@ constexpr int framesPerSecond = 10;
 constexpr QRect titleAlone(35, 25, 422, 31);
 constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
 
+// For a field whose own accessible name is kept empty: a label beside it, which nobody sees, is the name of the stop.
+void nameByLabel(QLineEdit *field, const QString &name)
+{
+    auto *label = new QLabel(name, field->parentWidget());
+    label->setBuddy(field);
+    label->hide();
+}
+
 void warnWithoutSsl()
 {
     if (QSslSocket::supportsSsl())
@@ -61,6 +71,7 @@ Window::Window(QWidget *parent) :
     settings(Settings::instance())
 {
     showCardsToScreenReaders();
+    showPagesToScreenReaders();
     tellSecretsAsBullets();
     KeyFocus::watch();
     setWindowIcon(QIcon(":/icons/Manager.iconset/Manager.ico"));
@@ -188,9 +199,18 @@ void Window::setFixedTexts()
     ui->lChangelog->setText(documentLink(app->changelogPath(), "Historia Zmian"));
     for (QLabel *label : { ui->lPukBlocked, ui->lPukBlocked_2 })
         label->setText(inLinkColour(label->text(), guiBase->colour("link")));
+    ui->lineRepeatPin->setAccessibleName({});
+    nameByLabel(ui->lineRepeatPin, ui->lRepeatPin->text());
+    ui->cbCSPChoose->setAccessibleDescription(ui->lCSPChoose->text());
+    ui->bRaport->setAccessibleDescription(ui->lPukBlocked_5->text());
+    ui->tDiagnosticsRaport->setAccessibleDescription(ui->lPukBlocked_9->text());
     auto *focus = new LinkFocus(this);
     for (QLabel *link : { ui->lGuide, ui->lLicense, ui->lChangelog })
         focus->watch(link);
+    auto *speech = new LinkSpeech(this);
+    for (QWidget *text :
+         std::initializer_list<QWidget *> { ui->tDiagnosticsRaport, ui->lPukBlocked, ui->lPukBlocked_2 })
+        speech->watch(text);
     for (const QLabel *label : ui->mainFrame->findChildren<QLabel *>())
         connect(label, &QLabel::linkActivated, this, [](const QString &address) { openOutside(QUrl(address)); });
 }
@@ -316,9 +336,23 @@ bool Window::isPinPage() const
 
 void Window::enterPage(QWidget *page, const QString &title, const QString &subtitle)
 {
+    leaveFocus();
     ui->cbReaders->setEnabled(false);
-    ui->pager->setCurrentWidget(page);
+    {
+        // Who enters a page says what has the focus there.
+        const FocusPause pause;
+        ui->pager->setCurrentWidget(page);
+    }
     setPageTitle(title, subtitle);
+}
+
+// Before what has the focus is hidden: else the toolkit hands it on to what comes next, and a screen reader speaks of
+// that before it speaks of the page.
+void Window::leaveFocus()
+{
+    const FocusPause pause;
+    if (QWidget *focus = focusWidget())
+        focus->clearFocus();
 }
 
 void Window::setPageTitle(const QString &title, const QString &subtitle)

@@ -10,6 +10,7 @@
 
 #include <QByteArrayList>
 #include <QMainWindow>
+#include <QPointer>
 #include <QStringList>
 #include <QThread>
 
@@ -167,6 +168,8 @@ private:
     bool needsNoCard() const;
     bool isPinPage() const;
     // For the pages on which no other reader can be chosen.
+    void leaveFocus();
+    void endOpening();
     void enterPage(QWidget *page, const QString &title, const QString &subtitle = {});
 
     // window_shell.cpp
@@ -264,6 +267,7 @@ private:
     bool newReaders = false; // a change waits for the return to the home page
     bool readersRequested = false; // the next list reads the card
     CertificateWatch certWatch;
+    QPointer<QWidget> certButton; // that has asked for the window
     // From the user's order to change the browsers until its result is shown: what came meanwhile from the family.
     std::optional<QList<IpcMsg>> heldMessages;
 };

@@ -166,6 +166,9 @@ void Window::loadedCerts(const QByteArray &authen, const QByteArray &presence, c
     card.certs.setCerts(CertStore::Authorization, author);
     card.certs.setQualifiedCerts(qual);
     loaderHide();
+    // The photo may take long; it brings the tile its name for a screen reader.
+    if (isPage(ui->pageHome))
+        ui->widgetBlurICAO->setFocus();
     ui->lPhoto->setStyleSheet(ui->lPhoto->styleSheet() + " border-color: rgb(189,189,189);");
     card.photo = QImage();
     ui->lPhoto->clear();

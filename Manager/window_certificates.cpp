@@ -68,6 +68,7 @@ void Window::openCertWin(const QSslCertificate &cert)
     if (cert.isNull())
         return;
     Os os;
+    certButton = focusWidget();
     certWatch.begin(os.certWindowCount(), ui->pager->currentIndex());
     os.certOpen(cert.toDer());
     QTimer::singleShot(firstLook, this, &Window::openCertWinShowLoader);
@@ -91,5 +92,14 @@ void Window::openCertWinFin()
     if (!certWatch.hasCome(Os().certWindowCount()) && certWatch.mayTryAgain())
         QTimer::singleShot(pollInterval, this, &Window::openCertWinFin);
     else
-        loaderHide();
+        endOpening();
+}
+
+// Back to the button that has opened it.
+void Window::endOpening()
+{
+    QWidget *const opened = certButton;
+    loaderHide();
+    if (opened && opened->isVisible())
+        opened->setFocus();
 }

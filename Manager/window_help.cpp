@@ -42,6 +42,7 @@ void Window::moveToHelpPage()
 {
     if (heldMessages)
         return;
+    leaveFocus();
     ui->bHelp->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();

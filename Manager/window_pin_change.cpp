@@ -33,7 +33,11 @@ PinForm::Rule Window::pinRule() const
 
 void Window::moveToPinPage()
 {
-    ui->lineActualPin->setFocus();
+    {
+        // Not yet shown, and on a page for the PUK or the pinpad never.
+        const FocusPause pause;
+        ui->lineActualPin->setFocus();
+    }
     changeForm.admit(pinRule(), pinRule());
     ui->cbReaders->setEnabled(false);
     pinStatus = card.triesOf(conteiner);
@@ -97,7 +101,7 @@ void Window::preparePinFields()
     ui->lineNewPin->setAccessibleDescription("Wprowadź nowy " + word + "cyfrowy PIN.");
     ui->lineRepeatPin->setAccessibleName({});
     ui->lineRepeatPin->setAccessibleDescription("Powtórz nowy PIN.");
-    ui->lineActualPin->setFocus();
+    focusAloud(ui->lineActualPin);
 }
 
 void Window::chooseKeyboardOrPad()

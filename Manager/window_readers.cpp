@@ -143,6 +143,7 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
 void Window::setHomeParams()
 {
     qDebug().noquote() << "Set home page params";
+    leaveFocus();
     ui->pagerBlockedPuk->setCurrentWidget(ui->pageValidPuk);
     // While the page that holds them is still shown, else they would keep what was typed.
     clearPinFields();

@@ -37,6 +37,7 @@ void Window::moveToSettingsPage(bool standalone)
 {
     if (heldMessages)
         return;
+    leaveFocus();
     ui->bSettings->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();
@@ -126,5 +127,10 @@ void Window::setOtherOptions()
     }
     // The name for a screen reader and the focus stay as they are, unlike after the edits.
     ui->lIntegration->setText(text);
-    ui->pager->setCurrentWidget(ui->pageIntegration);
+    {
+        const FocusPause pause;
+        ui->pager->setCurrentWidget(ui->pageIntegration);
+    }
+    if (QWidget *focus = focusWidget())
+        focusAloud(focus);
 }

@@ -19,6 +19,7 @@
 #include <QWindow>
 
 #include <chrono>
+#include <optional>
 
 namespace {
 
@@ -90,6 +91,8 @@ void Window::loaderShow(const QString &title, const QString &unused, bool unused
     Q_UNUSED(unusedFlag)
     qDebug().noquote() << "loader show, title: " << title;
     busyFlag = true;
+    // What was told of it the last time is not told again.
+    std::optional<FocusPause> pause(std::in_place);
     ui->pager->hide();
     loader->start();
     ui->loading->setFixedHeight(loaderHeight);
@@ -107,6 +110,7 @@ void Window::loaderShow(const QString &title, const QString &unused, bool unused
     ui->loading->show();
     ui->loadingDesc->setText(title);
     ui->loadingDesc->setAccessibleName(Common::plainText(title));
+    pause.reset();
     focusAloud(ui->loadingDesc);
 }
 
@@ -128,6 +132,8 @@ void Window::loaderHide()
         ui->cbReaders->show();
     }
     loader->stop();
+    if (ui->loadingDesc->hasFocus())
+        leaveFocus();
     ui->loading->hide();
     busyFlag = false;
 }

@@ -20,8 +20,8 @@ protected:
         teller.open(story);
         teller.play(story, happenings);
         for (const QString &fault : teller.faults())
-            qWarning().noquote() << fault;
-        QVERIFY2(teller.faults().isEmpty(), "what is heard is not what is shown, see above");
+            qCritical().noquote() << fault;
+        QVERIFY2(teller.faults().isEmpty(), qPrintable('\n' + teller.faults().join('\n')));
     }
 
     StoryTeller teller;

@@ -70,7 +70,6 @@ private slots:
         teller.play(story, happenings);
 
         QVERIFY2(!teller.faults().filter(fault).isEmpty(), qPrintable(teller.faults().join('\n')));
-        QCOMPARE(teller.faults().filter(fault).size(), teller.faults().size());
     }
 };
 

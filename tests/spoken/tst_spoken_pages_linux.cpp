@@ -51,7 +51,7 @@ QVector<Story> stories()
         { "certificates", "Do podpisu osobistego", "jan", nullptr, certificates("do podpisu", "Wzorcowe") },
         { "certificates", "Do potwierdzania obecności", "ewa", nullptr, certificates("do potwierdzania", "Wzorcowe") },
         { "certificates", "Kwalifikowane", "three-qualified", nullptr, certificates("kwalifikowany", "PL") },
-        { "certificates", "Niezwykłe", "odd-certificates", nullptr, certificates("kwalifikowany", "Kwarc") },
+        { "certificates", "Niezwykłe", "odd-certificates", nullptr, certificates("kwalifikowany", "Ostrel") },
         { "certificates", "Nie do odczytania", "odd-certificates", nullptr,
           certificates("do identyfikacji", "Nie udało się") },
         { "certificates",

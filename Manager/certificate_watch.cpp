@@ -6,10 +6,11 @@ constexpr int mostPolls = 41;
 
 }
 
-void CertificateWatch::begin(int windowCount, int page)
+void CertificateWatch::begin(int windowCount, int page, QWidget *button)
 {
     mark = windowCount;
     pageOfClick = page;
+    clicked = button;
     polls = 0;
 }
 

@@ -20,8 +20,8 @@ constexpr int wholeRow = 900; // as it will be, also before the window is laid o
 
 void prepareReaderBox(QComboBox *box)
 {
-    // The toolkit's own delegate of a box takes no notice of a style sheet's rows.
     box->view()->setAccessibleName(box->accessibleName());
+    // The toolkit's own delegate of a box takes no notice of a style sheet's rows.
     box->setItemDelegate(new QStyledItemDelegate(box));
 }
 

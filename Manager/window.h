@@ -10,7 +10,6 @@
 
 #include <QByteArrayList>
 #include <QMainWindow>
-#include <QPointer>
 #include <QStringList>
 #include <QThread>
 
@@ -167,9 +166,8 @@ private:
     // The settings and the help are not disturbed by what happens to the card.
     bool needsNoCard() const;
     bool isPinPage() const;
-    // For the pages on which no other reader can be chosen.
     void leaveFocus();
-    void endOpening();
+    // For the pages on which no other reader can be chosen.
     void enterPage(QWidget *page, const QString &title, const QString &subtitle = {});
 
     // window_shell.cpp
@@ -267,7 +265,6 @@ private:
     bool newReaders = false; // a change waits for the return to the home page
     bool readersRequested = false; // the next list reads the card
     CertificateWatch certWatch;
-    QPointer<QWidget> certButton; // that has asked for the window
     // From the user's order to change the browsers until its result is shown: what came meanwhile from the family.
     std::optional<QList<IpcMsg>> heldMessages;
 };

@@ -68,8 +68,7 @@ void Window::openCertWin(const QSslCertificate &cert)
     if (cert.isNull())
         return;
     Os os;
-    certButton = focusWidget();
-    certWatch.begin(os.certWindowCount(), ui->pager->currentIndex());
+    certWatch.begin(os.certWindowCount(), ui->pager->currentIndex(), focusWidget());
     os.certOpen(cert.toDer());
     QTimer::singleShot(firstLook, this, &Window::openCertWinShowLoader);
 }
@@ -89,17 +88,11 @@ void Window::openCertWinFin()
     // the loader of this one still covers all and has to go in the end.
     if (!busyFlag || ui->loadingDesc->text() != openingText)
         return;
-    if (!certWatch.hasCome(Os().certWindowCount()) && certWatch.mayTryAgain())
+    if (!certWatch.hasCome(Os().certWindowCount()) && certWatch.mayTryAgain()) {
         QTimer::singleShot(pollInterval, this, &Window::openCertWinFin);
-    else
-        endOpening();
-}
-
-// Back to the button that has opened it.
-void Window::endOpening()
-{
-    QWidget *const opened = certButton;
+        return;
+    }
     loaderHide();
-    if (opened && opened->isVisible())
-        opened->setFocus();
+    if (QWidget *button = certWatch.button(); button && button->isVisible())
+        button->setFocus();
 }

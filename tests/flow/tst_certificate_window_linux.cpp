@@ -70,6 +70,20 @@ private slots:
         QTRY_VERIFY(!flow->loaderShown());
     }
 
+    void focusReturnsToTheButton()
+    {
+        viewers->install("gcr-viewer");
+        openPage();
+        detailsButton()->setFocus();
+
+        QTest::keyClick(detailsButton(), Qt::Key_Space);
+
+        QTRY_VERIFY(flow->loaderShown());
+        QCOMPARE(QApplication::focusWidget(), flow->widget("loadingDesc"));
+        QTRY_VERIFY(!flow->loaderShown());
+        QCOMPARE(QApplication::focusWidget(), detailsButton());
+    }
+
     void viewerIsLookedForAtItsTimes()
     {
         viewers->install("gcr-viewer");

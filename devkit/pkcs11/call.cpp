@@ -106,6 +106,10 @@ bool Call::begin(CK_RV &result)
         platform::sleepCancellable(delay);
     if (effects.block)
         waitForRelease();
+    if (effects.die) {
+        writeTrace(traceWaiting);
+        platform::die();
+    }
     const bool removed = removeAsFaultsSay();
     if (effects.result && !effects.afterWork)
         return false;
@@ -192,6 +196,7 @@ void Call::takeFault(const Fault &fault)
 {
     effects.delayMs += fault.delayMs;
     effects.block = effects.block || fault.block;
+    effects.die = effects.die || fault.die;
     effects.afterWork = effects.afterWork || fault.afterWork;
     if (!fault.removeReader.empty())
         effects.removeReader = fault.removeReader;

@@ -7,6 +7,7 @@
 
 #include "pkcs11/cryptoki.h"
 #include "pkcs11/module.h"
+#include "simworld/config_text.h"
 #include "simworld/platform.h"
 #include "simworld/trace_file.h"
 
@@ -33,6 +34,13 @@ public:
     void buffer(bool given);
     void argument(const std::string &name, const std::string &value);
     void argument(const std::string &name, unsigned long value);
+    // What the call has answered: a field of text, in hexadecimal digits, and flags.
+    template <std::size_t size>
+    void answer(const char *name, const CK_UTF8CHAR (&field)[size], CK_FLAGS flags)
+    {
+        argument(name, toHex(std::string(reinterpret_cast<const char *>(field), size)));
+        argument("bits", static_cast<unsigned long>(flags));
+    }
     // Says only whether there is one.
     void secret(const std::string &name, CK_UTF8CHAR_PTR bytes, CK_ULONG length);
 

@@ -132,6 +132,7 @@ extern "C" CK_RV C_GetAttributeValue(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE 
         }
         if (call.nonsense().length)
             attributes->ulValueLen = static_cast<CK_ULONG>(*call.nonsense().length);
+        call.argument("length", static_cast<unsigned long>(attributes->ulValueLen));
         return result;
     });
 }

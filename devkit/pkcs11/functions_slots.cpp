@@ -145,6 +145,7 @@ extern "C" CK_RV C_GetSlotInfo(CK_SLOT_ID slotId, CK_SLOT_INFO_PTR info)
             sim::fillBytes(info->slotDescription, *call.nonsense().description);
         if (call.nonsense().flags)
             info->flags = *call.nonsense().flags;
+        call.answer("name", info->slotDescription, info->flags);
         return CKR_OK;
     });
 }
@@ -166,6 +167,7 @@ extern "C" CK_RV C_GetTokenInfo(CK_SLOT_ID slotId, CK_TOKEN_INFO_PTR info)
             sim::fillBytes(info->label, *call.nonsense().label);
         if (call.nonsense().flags)
             info->flags = *call.nonsense().flags;
+        call.answer("label", info->label, info->flags);
         return CKR_OK;
     });
 }

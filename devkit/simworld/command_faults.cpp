@@ -106,6 +106,7 @@ const Field fields[] = {
     field(&Fault::buffer, buffer, "buffer=null|given", "only calls that ask for a size, or that bring a buffer"),
     field(&Fault::delayMs, number<int>(0, longestDelayMs), "delay=MS", "takes so much longer"),
     field(&Fault::block, single, "block", "waits for \"velmor-sim release\""),
+    field(&Fault::die, single, "die", "the process ends at once, as after a crash"),
     field(&Fault::removeReader, text(false), "remove-reader=NAME", "the reader goes in the middle of the call"),
     field(&Fault::removeCard, text(false), "remove-card=READER", "the card goes in the middle of the call"),
     field(&Fault::result, result, "result=CKR_...|0x...", "returns this instead of working"),

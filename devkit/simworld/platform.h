@@ -26,6 +26,8 @@ int runProgram(const std::string &path, const std::vector<std::string> &argument
 std::vector<std::string> programArguments(int argc, char *argv[]);
 
 int processId();
+// Ends this process without a word and without anything of its own running, as a crash does.
+[[noreturn]] void die();
 bool processAlive(int id);
 long long msSinceEpoch();
 

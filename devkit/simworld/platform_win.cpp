@@ -163,6 +163,12 @@ int processId()
     return static_cast<int>(GetCurrentProcessId());
 }
 
+void die()
+{
+    for (;;)
+        TerminateProcess(GetCurrentProcess(), 1);
+}
+
 bool processAlive(int id)
 {
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(id));

@@ -13,10 +13,12 @@ namespace sim {
 
 namespace {
 
-// Handles and the reader differ from run to run of a test; a sequence of calls is compared without them.
+// Handles and the reader differ from run to run of a test; a sequence of calls is compared without them. So it is
+// without what an answer held, which is there for whoever works out what has to follow from it.
 bool isForText(const std::string &argument)
 {
-    static const char *const left[] = { "reader", "slot", "session", "object" };
+    static const char *const left[] = { "reader", "slot", "session", "object", "name",
+                                        "label",  "bits", "length",  "class" };
     return std::find(std::begin(left), std::end(left), argument) == std::end(left);
 }
 

@@ -82,6 +82,7 @@ struct Fault {
     // What happens, in this order.
     int delayMs = 0; // the call takes so much longer
     bool block = false; // the call waits for release()
+    bool die = false; // the process ends here and at once, as after a crash
     std::string removeReader; // this reader goes; the call then fails as it would at a real reader
     std::string removeCard; // the card in this reader goes
     std::optional<unsigned long> result; // this CKR value is returned instead of doing the work ...

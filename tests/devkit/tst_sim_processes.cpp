@@ -12,6 +12,7 @@ private slots:
     void aFaultStrikesInOneProcessOnly();
     void releaseComesFromAnotherProcess();
     void deadProcessWaitsNoMore();
+    void aFaultTakesTheProcessDown();
 
 private:
     // This program once more, with another role.
@@ -125,6 +126,25 @@ void TstSimProcesses::deadProcessWaitsNoMore()
     finish(child);
 
     QCOMPARE(sim.world.waitingCalls(), 0);
+    QVERIFY(sim.world.setTries("anna", sim::Qualified, 1)); // and the lock is free
+}
+
+void TstSimProcesses::aFaultTakesTheProcessDown()
+{
+    sim.start("anna");
+    sim::Fault fault;
+    fault.function = "C_Login";
+    fault.die = true;
+    sim.world.addFault(fault);
+    QProcess child;
+
+    startChild(child, { "--try-pin", "Authentication", "1234" });
+
+    QCOMPARE(finish(child), QByteArray());
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    QVERIFY(sim.world.faults().empty());
+    QCOMPARE(sim.world.fullTrace().back().function, std::string("C_Login"));
+    QVERIFY(sim.world.fullTrace().back().waiting);
     QVERIFY(sim.world.setTries("anna", sim::Qualified, 1)); // and the lock is free
 }
 

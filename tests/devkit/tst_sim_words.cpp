@@ -30,9 +30,9 @@ private:
     // A new field of the struct is a compile error here, so that nobody forgets it.
     static auto all(const sim::Fault &fault)
     {
-        const auto &[function, nth, reader, container, attribute, buffer, delayMs, block, removeReader, removeCard,
+        const auto &[function, nth, reader, container, attribute, buffer, delayMs, block, die, removeReader, removeCard,
                      result, afterWork, description, label, flags, count, length] = fault;
-        return std::make_tuple(function, nth, reader, container, attribute, buffer, delayMs, block, removeReader,
+        return std::make_tuple(function, nth, reader, container, attribute, buffer, delayMs, block, die, removeReader,
                                removeCard, result, afterWork, description, label, flags, count, length);
     }
     static auto all(const sim::PadAnswer &answer)
@@ -75,6 +75,7 @@ void TstSimWords::eachFieldOfAFaultSurvivesTheFile_data()
     row("buffer given", [](sim::Fault &f) { f.buffer = sim::Fault::Buffer::Given; });
     row("delay", [](sim::Fault &f) { f.delayMs = 600000; });
     row("block", [](sim::Fault &f) { f.block = true; });
+    row("die", [](sim::Fault &f) { f.die = true; });
     row("remove-reader", [](sim::Fault &f) { f.removeReader = "R"; });
     row("remove-card", [](sim::Fault &f) { f.removeCard = "R"; });
     row("result", [](sim::Fault &f) { f.result = CKR_DEVICE_ERROR; });
@@ -142,6 +143,7 @@ void TstSimWords::allFieldsOfAFaultSurviveTogether()
                              CKA_VALUE,
                              sim::Fault::Buffer::Null,
                              5,
+                             true,
                              true,
                              "R",
                              "S y",

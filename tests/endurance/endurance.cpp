@@ -1,0 +1,400 @@
+// Cards on and off at random moments, readers added and dropped, random messages, random keys and clicks, at full
+// speed: the real window must show nothing of one card with another, keep nothing, and hold no more than in the
+// beginning.
+//
+//     endurance [--cards N] [--seed N]
+//
+// It prints what it has done and holds; what is prescribed to grow is measured by taking it away, and named.
+#include "endurance/monitor_inbox.h"
+#include "endurance/numbered_cards.h"
+#include "endurance/own_resources.h"
+#include "endurance/random_message.h"
+#include "endurance/restless_user.h"
+#include "endurance/window_texts.h"
+
+#include "app/app.h"
+#include "base/ipc_msg.h"
+#include "platform/os.h"
+#include "simworld/reader_message.h"
+#include "support/fake_programs.h"
+#include "support/flow.h"
+#include "support/opened_urls.h"
+#include "support/popup_closer.h"
+#include "support/profile_folder.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QPixmapCache>
+#include <QStackedWidget>
+
+#include <atomic>
+#include <cstdio>
+
+namespace {
+
+constexpr int specimens = 40;
+constexpr int firstCards = 100; // by then all that is made once is made
+constexpr double allowedGrowth = 1.05;
+
+std::atomic<int> sslLoaded { 0 };
+
+void countMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    sslLoaded += message == "SSL loaded";
+    static const bool loud = qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG");
+    if (loud && !message.endsWith("SSL") && !message.startsWith("SSL"))
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+class Endurance : public Driver {
+public:
+    Endurance(int wanted, unsigned seed) : cards(wanted), lot(seed) { }
+
+    int run()
+    {
+        prepare();
+        QElapsedTimer clock;
+        clock.start();
+        OwnResources first;
+        for (int done = 0; done < cards && failures.isEmpty(); ++done) {
+            if (done == firstCards)
+                first = restAndMeasure("after the first hundred");
+            oneCard();
+        }
+        const OwnResources last = restAndMeasure("at the end");
+        std::printf(
+            "%d cards in %lld s, %d lists, %d messages, %d keys, %d clicks; %d looks at what can be seen, %d at all\n",
+            cardCount, static_cast<long long>(clock.elapsed() / 1000), lists, messages, user->keys(), user->clicks(),
+            looks, wholeLooks);
+        if (cardCount > firstCards)
+            judgeGrowth(first, last);
+        end(first);
+        for (const QString &failure : failures)
+            std::printf("FAIL %s\n", qPrintable(failure));
+        std::printf("failures: %d\n", failures.size());
+        return !failures.isEmpty();
+    }
+
+private:
+    unsigned below(unsigned bound) { return lot() % bound; }
+    bool oneOf(unsigned bound) { return below(bound) == 0; }
+
+    void fail(const QString &what)
+    {
+        if (qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG"))
+            std::fprintf(stderr, "FAIL %s\n", qPrintable(what));
+        if (failures.size() < 5)
+            failures << QString("card %1: %2").arg(cardCount).arg(what);
+    }
+
+    void prepare()
+    {
+        world.reset();
+        world.setTraceOn(false);
+        for (const sim::Card &card : deck.cards()) {
+            if (!world.defineCard(card))
+                qFatal("%s", world.error().c_str());
+        }
+        if (!App::instance()->lock())
+            qFatal("no lock");
+        monitor = std::make_unique<MonitorInbox>();
+        openWindow();
+        inbox = std::make_unique<RawInbox>("velmor_manager");
+        user = std::make_unique<RestlessUser>(*window, lot);
+    }
+
+    // Tells the window of the readers as they are, as the Monitor does after each change.
+    void tell()
+    {
+        ++lists;
+        told = world.readers();
+        IpcMsg message { { "readers", QByteArray::fromStdString(sim::readerMessage(told)) } };
+        message.setTo("velmor_manager");
+        window->recvIpcMsg(message);
+    }
+
+    void answerAsMonitor()
+    {
+        if (monitor->takeQuestion())
+            tell();
+    }
+
+    void sendMessage()
+    {
+        if (!inbox->isThere() || !inbox->isFree())
+            return;
+        ++messages;
+        inbox->write(randomMessage(lot));
+    }
+
+    void live(int milliseconds)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        do {
+            if (oneOf(2))
+                user->doSomething();
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            answerAsMonitor();
+        } while (clock.elapsed() < milliseconds);
+        look();
+    }
+
+    // While the browsers are changed, what comes from the family waits.
+    bool messagesWait() const { return loaderShown() && find<QLabel>("loadingDesc")->text() == "Proszę czekać..."; }
+
+    bool settle()
+    {
+        if (!waitForThat([this] { return !messagesWait(); }))
+            return false;
+        for (int before = -1; before != lists;) {
+            before = lists;
+            // A read is a chain of requests, each made when the one before has been answered.
+            constexpr int longestChain = 8;
+            for (int i = 0; i < longestChain; ++i) {
+                const int loaded = sslLoaded;
+                emit window->loadSsl();
+                if (!waitForThat([loaded] { return sslLoaded != loaded; }))
+                    return false;
+                QCoreApplication::processEvents();
+            }
+            answerAsMonitor();
+        }
+        return true;
+    }
+
+    static bool waitForThat(const std::function<bool()> &condition)
+    {
+        QElapsedTimer clock;
+        for (clock.start(); !condition() && clock.elapsed() < patience;)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+        return condition();
+    }
+
+    // Of the cards that were told, at most one is shown, and no other.
+    QList<int> cardsTold() const
+    {
+        QList<int> numbers;
+        for (const sim::Reader &reader : told) {
+            if (!reader.card.empty())
+                numbers << QString::fromStdString(reader.card).right(3).toInt();
+        }
+        return numbers;
+    }
+
+    void look()
+    {
+        if (messagesWait())
+            return;
+        ++looks;
+        const QString texts = windowTexts(*window, true);
+        const QList<int> shown = deck.tellsOf(texts);
+        const QList<int> present = cardsTold();
+        if (shown.size() > 1)
+            fail("two cards are shown at once\n" + linesOf(texts, shown));
+        else if (!shown.isEmpty() && !present.contains(shown[0]))
+            fail("a card that has gone is shown\n" + linesOf(texts, shown));
+    }
+
+    void lookAtAll()
+    {
+        ++wholeLooks;
+        if (!settle()) {
+            fail("the card worker does not come to an end");
+            return;
+        }
+        const QString texts = windowTexts(*window, false);
+        const QList<int> all = deck.tellsOf(texts);
+        const QString box = find<QComboBox>("cbReaders")->currentText();
+        QList<int> current;
+        for (const sim::Reader &reader : told) {
+            if (QString::fromStdString(reader.name) == box && !reader.card.empty())
+                current << QString::fromStdString(reader.card).right(3).toInt();
+        }
+        for (const int number : all) {
+            if (!current.contains(number))
+                fail(QString("card %1 is told of, but the reader holds %2\n").arg(number).arg(current.value(0, -1))
+                     + linesOf(texts, all));
+        }
+        if (page() == "pageHome" && !current.isEmpty() && !loaderShown() && !all.contains(current[0]))
+            fail("the card is not shown\n" + texts);
+    }
+
+    QString linesOf(const QString &texts, const QList<int> &numbers) const
+    {
+        QString lines = "  page " + page() + ", cards " + QString::number(numbers.size()) + '\n';
+        for (const QString &line : texts.split('\n')) {
+            if (!deck.tellsOf(line).isEmpty())
+                lines += "  " + line.left(160) + '\n';
+        }
+        return lines;
+    }
+
+    std::string readerName(unsigned number) const { return "Czytnik " + std::string(1, char('A' + number)) + "x"; }
+
+    void oneCard()
+    {
+        ++cardCount;
+        const std::string place = readerName(below(3));
+        const std::string card = NumberedCards::name(int(below(specimens)));
+        world.restoreCard(card);
+        bool free = false;
+        for (const sim::Reader &reader : world.readers())
+            free = free || (reader.name == place && reader.card.empty());
+        if (!free)
+            world.removeReader(place);
+        if (world.insertCard(place, card))
+            tell();
+        live(int(below(90)));
+        if (oneOf(4))
+            sendMessage();
+        if (oneOf(5))
+            lookAtAll();
+        if (oneOf(12)) {
+            // Dropped with its card, or without one.
+            world.removeReader(readerName(below(3)));
+            tell();
+            live(int(below(10)));
+        }
+        for (const sim::Reader &reader : world.readers()) {
+            if (reader.card.empty() || (reader.name != place && !oneOf(2)))
+                continue;
+            world.removeCard(reader.name);
+            tell();
+            live(int(below(12)));
+        }
+        if (oneOf(9))
+            lookAtAll();
+    }
+
+    // No reader, the page that says so, and nothing under way.
+    OwnResources restAndMeasure(const char *when)
+    {
+        for (const sim::Reader &reader : world.readers())
+            world.removeReader(reader.name);
+        settle();
+        find<QStackedWidget>("pager")->setCurrentWidget(find("pageHome"));
+        tell();
+        // The browsers are changed, and a certificate is looked for, by timers.
+        QTest::qWait(700);
+        settle();
+        find<QStackedWidget>("pager")->setCurrentWidget(find("pageHome"));
+        tell();
+        QTest::qWait(1100);
+        const QString left = linesOf(windowTexts(*window, false), {});
+        if (!deck.tellsOf(left).isEmpty())
+            fail("without a card there is something of one\n" + left);
+        QPixmapCache::clear();
+        const OwnResources own = OwnResources::now();
+        std::printf("%s: %s\n", when, qPrintable(own.text()));
+        std::fflush(stdout);
+        return own;
+    }
+
+    // Style sheets to which each card, and each hint, adds a colour. What they cost is what goes with them.
+    long costOfStyleSheets()
+    {
+        const long before = OwnResources::now().heapKiB;
+        long characters = 0;
+        QStringList names;
+        for (QWidget *widget : window->findChildren<QWidget *>()) {
+            constexpr int longest = 1500;
+            const QString sheet = widget->styleSheet();
+            if (sheet.size() < longest || widget->objectName() == "mainFrame")
+                continue;
+            characters += sheet.size();
+            names << widget->objectName() + ' ' + QString::number(sheet.size());
+            widget->setStyleSheet({});
+        }
+        QCoreApplication::processEvents();
+        const long cost = before - OwnResources::now().heapKiB;
+        std::printf("prescribed growth, style sheets of %ld characters: %ld KiB (%s)\n", characters, cost,
+                    qPrintable(names.join(", ")));
+        return cost;
+    }
+
+    void judgeMemory(const OwnResources &first, const OwnResources &last, long cost)
+    {
+        const double heap = double(last.heapKiB - cost) / double(first.heapKiB);
+        std::printf("growth without it: heap %.3f, resident %.3f with it\n", heap,
+                    double(last.residentKiB) / double(first.residentKiB));
+        if (heap > allowedGrowth)
+            fail(QString("the heap has grown to %1").arg(heap));
+        const double resident = double(last.residentKiB - cost) / double(first.residentKiB);
+        if (resident > allowedGrowth)
+            fail(QString("the process has grown to %1").arg(resident));
+    }
+
+    void judgeGrowth(const OwnResources &first, const OwnResources &last)
+    {
+        const long cost = costOfStyleSheets();
+        // The allocator of the address sanitizer keeps what was freed, and no books for us.
+        if (first.heapKiB > 0)
+            judgeMemory(first, last, cost);
+        if (last.descriptors > first.descriptors)
+            fail("more descriptors than before");
+        if (last.threads > first.threads)
+            fail("more threads than before");
+        if (last.children > 0)
+            fail("a child process is left");
+        if (last.segments > first.segments)
+            fail("more segments than before");
+    }
+
+    void end(const OwnResources &first)
+    {
+        user.reset();
+        inbox.reset();
+        closeWindow();
+        App::instance()->unlock();
+        monitor.reset();
+        const OwnResources left = OwnResources::now();
+        std::printf("after the window: %s\n", qPrintable(left.text()));
+        if (left.segments > 0)
+            fail("a segment is left");
+        if (left.children > 0)
+            fail("a child is left");
+        if (cardCount > firstCards && left.threads >= first.threads)
+            fail("the worker's thread is left");
+    }
+
+    const int cards;
+    std::mt19937 lot;
+    const NumberedCards deck { specimens };
+    std::unique_ptr<MonitorInbox> monitor;
+    std::unique_ptr<RawInbox> inbox;
+    std::unique_ptr<RestlessUser> user;
+    std::vector<sim::Reader> told;
+    QStringList failures;
+    int cardCount = 0;
+    int lists = 0;
+    int messages = 0;
+    int looks = 0;
+    int wholeLooks = 0;
+};
+
+int option(const QStringList &arguments, const char *name, int otherwise)
+{
+    const int at = arguments.indexOf(name);
+    return at < 0 ? otherwise : arguments.value(at + 1).toInt();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    TestHome home;
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    Flow::setUpApplication();
+    FakePrograms programs;
+    programs.installFirefox();
+    const ProfileFolder profile(Os().profilesRoot("Firefox") + "a.default", "128.0");
+    const OpenedUrls pages("https");
+    const OpenedUrls files("file");
+    const PopupCloser popups;
+    qInstallMessageHandler(countMessage);
+    const QStringList arguments = QCoreApplication::arguments();
+    return Endurance(option(arguments, "--cards", 10000), unsigned(option(arguments, "--seed", 1))).run();
+}

@@ -38,11 +38,11 @@ constexpr double allowedGrowth = 1.05;
 
 std::atomic<int> sslLoaded { 0 };
 
-void countMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+void countMessage(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     sslLoaded += message == "SSL loaded";
     static const bool loud = qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG");
-    if (loud && !message.endsWith("SSL") && !message.startsWith("SSL"))
+    if (loud || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 

@@ -22,12 +22,12 @@ constexpr int mostAnswers = 4;
 
 std::atomic<int> sslLoaded { 0 };
 
-void count(QtMsgType, const QMessageLogContext &, const QString &message)
+void count(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     if (message == "SSL loaded")
         ++sslLoaded;
     static const bool loud = qEnvironmentVariableIsSet("VELMOR_FAULTS_LOG");
-    if (loud)
+    if (loud || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 

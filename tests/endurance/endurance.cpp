@@ -106,6 +106,10 @@ private:
     // Tells the window of the readers as they are, as the Monitor does after each change.
     void tell()
     {
+        // Over the settings and the help a list is only noted, and a card that has come into the same reader by the way
+        // home is not read. That is meant, so this user is at home when the readers change.
+        if (!messagesWait() && (page() == "pageSettings" || page() == "pageHelp"))
+            window->moveToHomePage();
         ++lists;
         told = world.readers();
         IpcMsg message { { "readers", QByteArray::fromStdString(sim::readerMessage(told)) } };

@@ -119,6 +119,20 @@ private slots:
             QCOMPARE(flow->label(tries)->text(), QString("Pozostało prób: 2"));
     }
 
+    void nextVisitForgetsTheWrongPin()
+    {
+        flow->openPinPage(sim::Qualified);
+        const QString rule = flow->label("lActualPinInfo")->text();
+        flow->window->changePinFin(-6);
+        QVERIFY(flow->label("lActualPinInfo")->text() != rule);
+        flow->click("bWrocPin");
+
+        flow->openPinPage(sim::Qualified);
+
+        QCOMPARE(flow->label("lActualPinInfo")->text(), rule);
+        QVERIFY(PinFlow::hintIs(flow->label("lActualPinInfo"), blueHint));
+    }
+
     void lockingAttemptLeadsStraightToThePageForThePuk_data()
     {
         QTest::addColumn<int>("code");

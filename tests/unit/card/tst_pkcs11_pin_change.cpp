@@ -26,6 +26,7 @@ private slots:
     void loginWithoutLibraryIsSilent();
     void loginWithoutCard();
     void loginWithoutSession();
+    void loginOnSlotZero();
     void loginWithANegativeSlot();
 
     void changeCallsLoginSetPinLogout();
@@ -151,6 +152,21 @@ void TestPkcs11PinChange::loginWithoutSession()
         log->lines().filter("Pkcs11 err: "),
         (QStringList { "Pkcs11 err:  Błąd podczas otwierania sesji.", "Pkcs11 err:  Błąd podczas otwierania sesji!" }));
     QCOMPARE(card->count("C_Login"), 0);
+}
+
+void TestPkcs11PinChange::loginOnSlotZero()
+{
+    ScriptedSlot slot;
+    slot.id = 0;
+    slot.description = "Reader A #1";
+    slot.label = "Qualified";
+    card->card = { slot };
+    pkcs11->detectSlots();
+    pkcs11->selectReader(reader);
+
+    QCOMPARE(pkcs11->login(reader, conteiner, oldPin, 1), 0);
+
+    QVERIFY(card->calls().contains("C_OpenSession 0 flags=6"));
 }
 
 void TestPkcs11PinChange::loginWithANegativeSlot()

@@ -77,6 +77,18 @@ private slots:
         QCOMPARE(GuiBase::instance()->theme(), QString("light"));
     }
 
+    void activatedWidgetComesToTheFront()
+    {
+        QWidget parent;
+        auto *first = new QWidget(&parent);
+        auto *second = new QWidget(&parent);
+        QCOMPARE(parent.children().last(), second);
+
+        GuiBase::instance()->activate(first);
+
+        QCOMPARE(parent.children().last(), first);
+    }
+
     void filesAreThoseOfTheTheme()
     {
         Settings::instance()->setValue("theme", "dark");

@@ -24,6 +24,7 @@ private slots:
     void rowsAreHighAndNamesWhole_data() { themeRows(); }
     void rowsAreHighAndNamesWhole();
     void aNameThatTheWindowCannotHoldStaysInside();
+    void listIsAsWideAsItsLongestName();
     void theWarningIsWholeOrJustItsSign();
     void boxHasItsWidthBeforeTheWindowIsLaidOut();
 };
@@ -89,6 +90,22 @@ void TestReaderBox::aNameThatTheWindowCannotHoldStaysInside()
     const QRect place(look.ui.cbReaders->mapTo(look.ui.mainFrame, QPoint()), look.ui.cbReaders->size());
     QVERIFY(place.right() < 900 - 24);
     QVERIFY(look.ui.cbReaders->view()->minimumWidth() < 900);
+}
+
+void TestReaderBox::listIsAsWideAsItsLongestName()
+{
+    LookWindow look;
+    look.useTheme("light");
+    look.showPage("pageHome");
+    QComboBox *box = look.ui.cbReaders;
+    for (const QStringList &order : { QStringList { names[2], "Alfa" }, QStringList { "Alfa", names[2] } }) {
+        box->clear();
+        box->addItems(order);
+
+        fitReaderBox(box, look.ui.bReaderWarning);
+
+        QVERIFY(box->view()->minimumWidth() > QFontMetrics(box->font()).horizontalAdvance(names[2]));
+    }
 }
 
 void TestReaderBox::theWarningIsWholeOrJustItsSign()

@@ -67,7 +67,7 @@ public:
 
     QString text(QAccessible::Text what) const override
     {
-        const QString own = QAccessibleWidget::text(what);
+        QString own = QAccessibleWidget::text(what);
         if (what != QAccessible::Name || !own.isEmpty())
             return own;
         QStringList parts;

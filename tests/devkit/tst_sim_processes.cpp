@@ -141,7 +141,8 @@ void TstSimProcesses::aFaultTakesTheProcessDown()
     startChild(child, { "--try-pin", "Authentication", "1234" });
 
     QCOMPARE(finish(child), QByteArray());
-    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    // On Windows nothing tells a process that was ended from one that has ended, but for its code.
+    QVERIFY(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0);
     QVERIFY(sim.world.faults().empty());
     QCOMPARE(sim.world.fullTrace().back().function, std::string("C_Login"));
     QVERIFY(sim.world.fullTrace().back().waiting);

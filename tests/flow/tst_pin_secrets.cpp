@@ -73,6 +73,15 @@ private slots:
     void init() { flow = std::make_unique<PinFlow>(); }
     void cleanup() { flow.reset(); }
 
+    // A text that grows moves, and leaves what it was behind.
+    void everyFieldHasRoomForItsEntry()
+    {
+        flow->openWindow();
+        for (const char *name :
+             { "lineActualPin", "lineNewPin", "lineRepeatPin", "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
+            QVERIFY2(flow->field(name)->text().capacity() >= 32, name);
+    }
+
     void wholeLifeOfACardLeavesNoSecretBehind()
     {
         LogCatcher log;

@@ -50,6 +50,16 @@ private slots:
         Settings::instance()->setValue("updateInProgress", "");
     }
 
+    void titleMakesRoomForASubtitle()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
+
+        flow->button("bArrowAuthenCert")->click();
+
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
+    }
+
     void windowIsFramelessAndTransparentAroundItsFrame()
     {
         flow->openWindow();

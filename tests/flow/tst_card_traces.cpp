@@ -1,11 +1,7 @@
 #include "support/pin_flow.h"
+#include "support/widget_text.h"
 
-#include <QAbstractButton>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QRegularExpression>
-#include <QTableWidget>
-#include <QTextEdit>
 
 // After the card has gone, or one of another holder has come, nothing in the window tells of it: not on hidden pages
 // either, and not to a screen reader.
@@ -15,27 +11,6 @@ class TestCardTraces : public QObject {
 private:
     // Widget and place to text, of every widget with a name, hidden ones too.
     using Texts = QMap<QString, QString>;
-
-    static QString textIn(const QWidget *widget)
-    {
-        if (auto *label = qobject_cast<const QLabel *>(widget))
-            return label->text();
-        if (auto *button = qobject_cast<const QAbstractButton *>(widget))
-            return button->text();
-        if (auto *field = qobject_cast<const QLineEdit *>(widget))
-            return field->text();
-        if (auto *text = qobject_cast<const QTextEdit *>(widget))
-            return text->toPlainText();
-        if (auto *table = qobject_cast<const QTableWidget *>(widget)) {
-            QStringList cells;
-            for (int i = 0; i < table->rowCount() * table->columnCount(); ++i) {
-                if (const QTableWidgetItem *item = table->item(i / table->columnCount(), i % table->columnCount()))
-                    cells << item->text() << item->toolTip();
-            }
-            return cells.join('|');
-        }
-        return {};
-    }
 
     static Texts texts(const Flow &flow)
     {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "pkcs11/clean_memory.h"
 #include "pkcs11/cryptoki.h"
 #include "pkcs11/module.h"
 #include "simworld/config_text.h"
@@ -52,7 +53,7 @@ public:
         try {
             if (begin(result)) {
                 lockModule();
-                result = checkInitialized() ? work() : CKR_CRYPTOKI_NOT_INITIALIZED;
+                result = checkInitialized() ? apart(work) : CKR_CRYPTOKI_NOT_INITIALIZED;
                 unlockModule();
             }
             if (effects.result)
@@ -62,6 +63,9 @@ public:
             result = CKR_GENERAL_ERROR;
         }
         writeTrace(traceOutcome(result));
+        // It holds the PINs of the cards.
+        worldStore->forgetRead();
+        cleanStack();
         return result;
     }
 
@@ -98,6 +102,12 @@ public:
     CK_RV waitForPad(PadAnswer &answer);
 
 private:
+    // With a stack of its own, which is cleaned afterwards.
+    template <class Work>
+    [[gnu::noinline]] static CK_RV apart(Work &work)
+    {
+        return work();
+    }
     bool begin(CK_RV &result);
     bool readWorld();
     void takeFaults();

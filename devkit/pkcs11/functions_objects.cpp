@@ -18,7 +18,7 @@ const std::vector<Object> &objectsOf(Call &call, const Session &session)
 {
     static const std::vector<Object> none;
     const auto slot = sim::findSlot(call.world(), session.slot);
-    const auto card = call.module().card(*slot->reader);
+    const auto card = call.module().wholeCard(*slot->reader);
     if (!card)
         return none;
     const auto found = card->objects.find(slot->container);
@@ -107,6 +107,7 @@ extern "C" CK_RV C_FindObjectsFinal(CK_SESSION_HANDLE handle)
         if (!session.searching)
             return CKR_OPERATION_NOT_INITIALIZED;
         session.searching = false;
+        call.module().forgetWholeCards();
         return CKR_OK;
     });
 }

@@ -1,5 +1,7 @@
 #include "pkcs11/module.h"
 
+#include <algorithm>
+
 #include "simworld/card_file.h"
 #include "simworld/sim_world.h"
 
@@ -69,6 +71,7 @@ void Module::chooseWorld()
     if (!initialized && (!current || current->directory() != wanted)) {
         current = std::make_shared<WorldStore>(wanted);
         cards.clear();
+        wholeCards.clear();
     }
 }
 
@@ -104,6 +107,7 @@ void Module::forgetAll()
     sessions.clear();
     logins.clear();
     cards.clear();
+    wholeCards.clear();
 }
 
 void Module::dropSessionsOfRemovedCards(const World &world)
@@ -121,12 +125,39 @@ void Module::dropSessionsOfRemovedCards(const World &world)
 std::shared_ptr<const Card> Module::card(const WorldReader &reader)
 {
     auto &known = cards[reader.insertion];
+    if (known)
+        return known;
+    const auto whole = wholeCard(reader);
+    if (!whole)
+        return nullptr;
+    Card outline = *whole;
+    outline.objects.clear();
+    // Cleared they would keep their memory, and what is in it.
+    std::string().swap(outline.holder);
+    std::string().swap(outline.state.puk);
+    for (auto &row : outline.state.pins)
+        std::string().swap(row.second.pin);
+    known = std::make_shared<const Card>(std::move(outline));
+    const auto searches = [](const auto &row) { return row.second.searching; };
+    if (std::none_of(sessions.begin(), sessions.end(), searches))
+        forgetWholeCards();
+    return known;
+}
+
+std::shared_ptr<const Card> Module::wholeCard(const WorldReader &reader)
+{
+    auto &known = wholeCards[reader.insertion];
     std::string ignored;
     if (!known) {
         if (auto read = readCard(reader.cardFolder, true, ignored))
             known = std::make_shared<const Card>(std::move(*read));
     }
     return known;
+}
+
+void Module::forgetWholeCards()
+{
+    wholeCards.clear();
 }
 
 } // namespace sim

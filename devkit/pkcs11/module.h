@@ -59,13 +59,18 @@ public:
     // A session does not outlive its card.
     void dropSessionsOfRemovedCards(const World &world);
 
-    // With the values of its objects; null if its files cannot be read.
+    // These are null if the card's files cannot be read. Whose the card is, its PINs and the values of its objects are
+    // known while a search goes on and no longer; the rest of it is kept.
     std::shared_ptr<const Card> card(const WorldReader &reader);
+    std::shared_ptr<const Card> wholeCard(const WorldReader &reader);
+    void forgetWholeCards();
 
 private:
     std::shared_ptr<WorldStore> current;
     CK_SESSION_HANDLE lastHandle = 0;
-    std::map<int, std::shared_ptr<const Card>> cards; // by insertion
+    using CardsByInsertion = std::map<int, std::shared_ptr<const Card>>;
+    CardsByInsertion cards;
+    CardsByInsertion wholeCards;
 };
 
 } // namespace sim

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <vector>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -133,14 +134,15 @@ bool readFile(const std::string &path, std::string &bytes)
     if (file.value < 0)
         return false;
     bytes.clear();
-    char buffer[16384];
+    // Not on the stack, where it would stay: it may be of a card.
+    std::vector<char> buffer(16384);
     while (true) {
-        const ssize_t count = read(file.value, buffer, sizeof buffer);
+        const ssize_t count = read(file.value, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
             return count == 0;
-        bytes.append(buffer, static_cast<std::size_t>(count));
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <vector>
 
 #include <windows.h>
 
@@ -81,12 +82,13 @@ public:
 bool readAll(const File &file, std::string &bytes)
 {
     bytes.clear();
-    char buffer[16384];
+    // Not on the stack, where it would stay: it may be of a card.
+    std::vector<char> buffer(16384);
     DWORD count = 0;
-    while (ReadFile(file.value, buffer, sizeof buffer, &count, nullptr)) {
+    while (ReadFile(file.value, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr)) {
         if (count == 0)
             return true;
-        bytes.append(buffer, count);
+        bytes.append(buffer.data(), count);
     }
     return false;
 }

@@ -28,6 +28,14 @@ std::shared_ptr<const World> WorldStore::read(std::string &error)
     return last;
 }
 
+void WorldStore::forgetRead()
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    last.reset();
+    // Assignment would keep the memory, and what is in it.
+    std::string().swap(lastText);
+}
+
 bool WorldStore::update(const Change &work, std::string &error)
 {
     return change(work, false, error);

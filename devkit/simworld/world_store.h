@@ -22,6 +22,8 @@ public:
     // The world as it stands. Parsed anew only if the file differs from what was read last. A file that cannot be
     // parsed gives nothing and a reason; no file at all gives an empty world.
     std::shared_ptr<const World> read(std::string &error);
+    // What was read last is kept no longer.
+    void forgetRead();
 
     // Locks, reads, lets `change` work on a copy, writes it if the answer is true.
     bool update(const Change &change, std::string &error);

@@ -15,6 +15,9 @@ void CardInReader::forgetHolder()
 {
     certs.clear();
     data.clearDg();
+    // Only if no one else has it: else it would be a copy that is overwritten.
+    if (photo.isDetached())
+        photo.fill(0);
     photo = QImage();
 }
 

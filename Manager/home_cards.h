@@ -9,6 +9,9 @@ namespace HomeCards {
 // which is known and kept.
 QString accessibleText(const QString &text);
 
+// The holder's tile in one sentence. The caller wipes it.
+QString holderText(const QString &number, const QString &expiry, const QString &names, const QString &surname);
+
 // "Certyfikat kwalifikowany masz N ...", in the singular for one.
 QString qualifiedCountText(int count);
 

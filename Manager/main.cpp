@@ -3,6 +3,7 @@
 #include "app/app.h"
 #include "app/version.h"
 #include "base/common.h"
+#include "base/crypto_memory.h"
 #include "base/platform.h"
 #include "gui/gui_base.h"
 #include "ipc/ipc.h"
@@ -109,6 +110,10 @@ int runWindow(const QCommandLineParser &parser)
 int main(int argc, char *argv[])
 {
     Platform::distrustCurrentFolder();
+#ifdef VELMOR_KEEP_OUT_OF_CORE_FILES
+    Platform::keepOutOfCoreFiles();
+#endif
+    cleanseCryptoMemory();
     Platform::usePrivateTempDir("velmor");
     Platform::avoidOpenGl();
     App *app = App::instance();

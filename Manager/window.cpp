@@ -10,6 +10,7 @@
 #include "browser/integrator.h"
 #include "card/pkcs11.h"
 #include "card_table_access.h"
+#include "carried_answers.h"
 #include "document_links.h"
 #include "gui/anim_widget.h"
 #include "gui/gui_base.h"
@@ -304,6 +305,7 @@ void Window::connectWorkerAnswers()
     connect(thProxy, &ThProxy::refreshCertsFin, this, &Window::refreshCertsStatus);
     connect(thProxy, &ThProxy::changePinFin, this, &Window::changePinFin);
     connect(thProxy, &ThProxy::unblockPinFin, this, &Window::unblockPinFin);
+    wipeCarriedAnswers(thProxy, this);
 }
 
 void Window::runMonitor()

@@ -7,6 +7,7 @@
 
 #include "app/app_log.h"
 #include "base/common.h"
+#include "base/secret_string.h"
 #include "card/card_results.h"
 #include "card/card_tables.h"
 #include "gui/anim_widget.h"
@@ -25,10 +26,22 @@ namespace {
 constexpr int tokenPresent = 1;
 constexpr int notReadByTheMonitor = 256;
 
+// Taken out first: so the last to hold it is who overwrites it.
 void forgetText(QLabel *label)
 {
+    QString text = label->text();
     label->clear();
+    wipeSecret(text);
+    QString tip = label->toolTip();
     label->setToolTip({});
+    wipeSecret(tip);
+}
+
+void forgetSpoken(QWidget *widget)
+{
+    QString name = widget->accessibleName();
+    widget->setAccessibleName({});
+    wipeSecret(name);
 }
 
 } // namespace
@@ -196,16 +209,18 @@ void Window::loadedPhoto(const QByteArray &dg2)
         return;
     }
     card.data.loadDg("DG2", dg2);
-    card.photo = decodedPhoto(card.data.photo());
+    QByteArray picture = card.data.photo();
+    card.photo = decodedPhoto(picture);
+    wipeSecret(picture);
     if (card.photo.isNull())
         ui->lPhoto->setStyleSheet(ui->lPhoto->styleSheet() + " border: 1px solid rgb(76,83,88);");
     showPhotoIn(ui->lPhoto);
     photoLoader->stop();
     ui->bArrowICAO->show();
-    ui->widgetBlurICAO->setAccessibleName(
-        HomeCards::accessibleText("Twoje dane z velmor: zdjęcie seria i numer dowodu: " + ui->lNumIdVal->text()
-                                  + " data ważności " + ui->lExpDateVal->text() + " imiona: "
-                                  + ui->lCommonNameVal->text() + " nazwisko: " + ui->lsurnameVal->text()));
+    QString spoken = HomeCards::holderText(ui->lNumIdVal->text(), ui->lExpDateVal->text(), ui->lCommonNameVal->text(),
+                                           ui->lsurnameVal->text());
+    ui->widgetBlurICAO->setAccessibleName(HomeCards::accessibleText(spoken));
+    wipeSecret(spoken);
     if (isPage(ui->pageAllData))
         showPhotoIn(ui->lPhotoLarge);
     // On a slow card the user may have gone on meanwhile, and what is typed there must not go astray.
@@ -235,9 +250,9 @@ void Window::clearPerson()
         if (!label->objectName().contains("Val"))
             continue;
         forgetText(label);
-        label->parentWidget()->setAccessibleName({});
+        forgetSpoken(label->parentWidget());
     }
-    ui->widgetBlurICAO->setAccessibleName({});
+    forgetSpoken(ui->widgetBlurICAO);
     ui->lNumOfQualifiedCerts->clear();
     ui->labelTitleQualifiedCert->setAccessibleName({});
     ui->tableCert->clear();

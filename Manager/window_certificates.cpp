@@ -4,6 +4,7 @@
 // own window, which is another program: all that is known of it is the number of such windows. The loader covers the
 // page until there is one more, or for half a minute at most.
 
+#include "base/secret_string.h"
 #include "card/card_tables.h"
 #include "cert_widget.h"
 #include "certificate_text.h"
@@ -69,7 +70,9 @@ void Window::openCertWin(const QSslCertificate &cert)
         return;
     Os os;
     certWatch.begin(os.certWindowCount(), ui->pager->currentIndex(), focusWidget());
-    os.certOpen(cert.toDer());
+    QByteArray der = cert.toDer();
+    os.certOpen(der);
+    wipeSecret(der);
     QTimer::singleShot(firstLook, this, &Window::openCertWinShowLoader);
 }
 

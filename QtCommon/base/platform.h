@@ -70,6 +70,10 @@ void appendLine(const QString &path, const QByteArray &line);
 // current folder, nor in those of PATH before them. First of all in main().
 void distrustCurrentFolder();
 
+// From here on the system takes no picture of this process's memory should it crash, neither as a file nor as a report;
+// on Linux no other program of the user may look into it either.
+void keepOutOfCoreFiles();
+
 // Names the platform plugin, where the program insists on one.
 void choosePlatformPlugin();
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -162,6 +163,12 @@ void appendLine(const QString &path, const QByteArray &line)
 void distrustCurrentFolder()
 {
     // The loader never looks there.
+}
+
+void keepOutOfCoreFiles()
+{
+    // No limit on the size of core files: that one would go on to the programs that this one starts.
+    prctl(PR_SET_DUMPABLE, 0);
 }
 
 void choosePlatformPlugin() { }

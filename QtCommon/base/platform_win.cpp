@@ -102,6 +102,20 @@ void distrustCurrentFolder()
         SetDllDirectoryW(L"");
 }
 
+void keepOutOfCoreFiles()
+{
+    // A process without this box is not reported either. The system's list of programs that are never reported knows
+    // them by the name of their file alone, and this one's is not rare.
+    SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
+    // What is reported all the same, on somebody's order, is without the heap. Wine does not know it.
+    using SetFlags = HRESULT(WINAPI *)(DWORD);
+    constexpr DWORD withoutHeap = 1; // WER_FAULT_REPORTING_FLAG_NOHEAP
+    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    const auto setFlags = reinterpret_cast<SetFlags>(reinterpret_cast<void *>(GetProcAddress(kernel, "WerSetFlags")));
+    if (setFlags)
+        setFlags(withoutHeap);
+}
+
 void choosePlatformPlugin()
 {
     OwnEnvironment::set("QT_QPA_PLATFORM", "windows:fontengine=freetype");

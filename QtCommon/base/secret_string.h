@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
-// Overwrites the characters of a text that nobody else holds, and empties it. A text that is shared stays as it is for
-// the others, and a literal is never written to.
+// Lets go of a text or of bytes, and empties the variable. Whoever is the last to hold them overwrites them first, in
+// whatever order and on whatever threads the holders let go, as long as the last of them does it here; a literal, or
+// the bytes of somebody else's buffer, are never written to.
 void wipeSecret(QString &text);
+void wipeSecret(QByteArray &bytes);
 
 // The same text in memory of its own, so that the copy can be wiped whatever happens to the other.
 QString copyOfSecret(const QString &text);

@@ -1,9 +1,13 @@
 #include "card/card-parser.h"
 
+#include "base/secret_string.h"
+
 #include <QDate>
 #include <QDebug>
 #include <QLocale>
 #include <QTextCodec>
+
+#include <algorithm>
 
 namespace {
 
@@ -72,10 +76,13 @@ int lengthAt(const QByteArray &data, int position)
     return static_cast<signed char>(byteAt(data, position));
 }
 
-// Texts outside the names of DG13 end at a zero byte; this constructor does that.
-QString textOf(const QByteArray &bytes)
+// Texts outside the names of DG13 end at a zero byte; this constructor does that. A copy of a part of a file is
+// overwritten, the file itself is not.
+QString textOf(QByteArray bytes)
 {
-    return QString(bytes);
+    QString text(bytes);
+    wipeSecret(bytes);
+    return text;
 }
 
 // Decodes the name whose length byte stands at `position` and moves `position` behind it. False, with everything left
@@ -98,15 +105,16 @@ void DGParser::loadDg(const QString &name, const QByteArray &data)
     qDebug().noquote() << "loadDG:" << name << "size: " << data.size();
     if (data.isEmpty())
         return;
+    wipeSecret(dataGroups[name]);
     dataGroups.insert(name, data);
 }
 
 void DGParser::clearDg()
 {
+    for (QByteArray &group : dataGroups)
+        wipeSecret(group);
     dataGroups.clear();
-    firstNameCache.clear();
-    secondNameCache.clear();
-    surnameCache.clear();
+    forgetNames();
     qDebug().noquote() << "clear DG data";
 }
 
@@ -136,10 +144,12 @@ QByteArray DGParser::photo() const
 QString DGParser::documentNumber() const
 {
     // Not dgBytes: in a file of less than 19 characters the last nine of them are taken.
-    const QString file = textOf(dataGroups.value(dg1));
-    return file.left(documentNumberField.from + documentNumberField.length)
-        .right(documentNumberField.length)
-        .remove(QLatin1Char('<'));
+    QString file = textOf(dataGroups.value(dg1));
+    const int end = std::min(documentNumberField.from + documentNumberField.length, file.size());
+    const int start = std::max(end - documentNumberField.length, 0);
+    QString number = file.mid(start, end - start).remove(QLatin1Char('<'));
+    wipeSecret(file);
+    return number;
 }
 
 QString DGParser::expiryDate(bool longForm) const
@@ -260,11 +270,15 @@ QString DGParser::formatDate(const QString &date)
     return date.mid(6, 2) + QLatin1Char('.') + date.mid(4, 2) + QLatin1Char('.') + date.mid(0, 4);
 }
 
+void DGParser::forgetNames()
+{
+    for (QString *name : { &surnameCache, &firstNameCache, &secondNameCache })
+        wipeSecret(*name);
+}
+
 void DGParser::parseDg13()
 {
-    surnameCache.clear();
-    firstNameCache.clear();
-    secondNameCache.clear();
+    forgetNames();
     readDg13Names();
     dg13Parsed = true;
 }

@@ -15,7 +15,7 @@
 class DGParser {
 public:
     // Stores the raw file of a group under "DG1", "DG2", "DG11", "DG12" or "DG13". An empty file leaves what is stored:
-    // clearDg comes first when a new card's data arrive.
+    // clearDg comes first when a new card's data arrive. What is dropped is overwritten, if nobody else holds it.
     void loadDg(const QString &name, const QByteArray &data);
     void clearDg();
 
@@ -54,6 +54,7 @@ private:
     QString dgTlvValue(const QString &dgName, const QByteArray &tag) const;
     static QString formatDate(const QString &date);
     void parseDg13();
+    void forgetNames();
     void readDg13Names();
 
     bool dg13Parsed = false; // set by every run, read by no decision

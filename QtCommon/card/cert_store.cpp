@@ -1,13 +1,26 @@
 #include "card/cert_store.h"
 
+#include "base/secret_string.h"
 #include "card/card_tables.h"
 
 #include <QMap>
 
+namespace {
+
+void forget(QList<QByteArray> &certs)
+{
+    for (QByteArray &cert : certs)
+        wipeSecret(cert);
+    certs.clear();
+}
+
+} // namespace
+
 void CertStore::clear()
 {
     counts = {};
-    lists = {};
+    for (QList<QByteArray> &list : lists)
+        forget(list);
 }
 
 void CertStore::setCounts(int auth, int author, int pres, int qual)
@@ -29,11 +42,13 @@ void CertStore::setCerts(int index, const QByteArray &cert)
 {
     if (index < 0 || index >= containers || cert.isEmpty())
         return;
+    forget(lists[index]);
     lists[index] = { cert };
 }
 
 void CertStore::setQualifiedCerts(const QList<QByteArray> &certs)
 {
+    forget(lists[Qualified]);
     lists[Qualified] = certs;
 }
 

@@ -1,4 +1,5 @@
 // The read-only questions asked of a card: PIN state, objects, pinpad, chip.
+#include "base/secret_string.h"
 #include "card/cryptoki.h"
 #include "card/pkcs11.h"
 #include "card/reader.h"
@@ -103,16 +104,20 @@ QByteArray Pkcs11::objectAttribute(long session, unsigned long object, unsigned 
     const CK_ULONG room = query.ulValueLen;
     if (room > maxAttributeSize)
         return {};
-    const std::unique_ptr<char[]> bytes(new (std::nothrow) char[room + 1]());
-    if (!bytes)
+    QByteArray bytes;
+    try {
+        bytes = QByteArray(static_cast<int>(room), '\0');
+    } catch (const std::bad_alloc &) {
         return {};
-    query.pValue = bytes.get();
-    if (cryptoki->functions->C_GetAttributeValue(static_cast<quint32>(session), object, &query, 1) != CKR_OK)
-        return {};
+    }
+    query.pValue = bytes.data();
+    const CK_RV rv = cryptoki->functions->C_GetAttributeValue(static_cast<quint32>(session), object, &query, 1);
     const CK_ULONG written = query.ulValueLen;
-    if (written == CK_UNAVAILABLE_INFORMATION)
-        return {};
-    return QByteArray(bytes.get(), static_cast<int>(std::min(written, room)));
+    if (rv != CKR_OK || written == CK_UNAVAILABLE_INFORMATION)
+        wipeSecret(bytes);
+    else if (written < room)
+        bytes.truncate(static_cast<int>(written));
+    return bytes;
 }
 
 int Pkcs11::certsCount(const QString &reader, const QString &conteiner)
@@ -188,8 +193,11 @@ bool Pkcs11::appendObject(long session, unsigned long object, const QString &con
 QByteArrayList Pkcs11::tokenCerts(const QString &reader, const QString &conteiner)
 {
     QByteArrayList certs;
-    for (const pkcsDataObj &object : tokenObjects(reader, conteiner, CKO_CERTIFICATE, {}))
+    QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_CERTIFICATE, {});
+    for (pkcsDataObj &object : objects) {
         certs << object.value;
+        wipeSecret(object.value);
+    }
     return certs;
 }
 
@@ -197,8 +205,12 @@ QMap<QString, QByteArray> Pkcs11::tokenDataMap(const QString &reader, const QStr
                                                const QStringList &names)
 {
     QMap<QString, QByteArray> values;
-    for (const pkcsDataObj &object : tokenObjects(reader, conteiner, CKO_DATA, names))
+    QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_DATA, names);
+    for (pkcsDataObj &object : objects) {
+        wipeSecret(values[object.name]);
         values.insert(object.name, object.value);
+        wipeSecret(object.value);
+    }
     return values;
 }
 

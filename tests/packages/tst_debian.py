@@ -7,6 +7,7 @@ import re
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -227,6 +228,34 @@ class OrdinaryUser(unittest.TestCase):
                    tree / "opt/velmor/bin/Manager", "-t")
         self.assertIn(f"<Version>{VERSION}</Version>", told)
         self.assertEqual(files_of(tree), before)
+
+    def test_other_programs_of_the_user_cannot_look_into_it(self):
+        tree = unpack_for(self, DEB)
+        way = tree
+        while way != Path(tempfile.gettempdir()):
+            way.chmod(0o755)
+            way = way.parent
+        home = Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, home)
+        os.chown(home, 65534, 65534)
+
+        def may_look_into(program):
+            running = subprocess.Popen([*self.NOBODY, "env", "-i", f"HOME={home}", f"TMPDIR={home}",
+                                        "QT_QPA_PLATFORM=offscreen", *program])
+            try:
+                while subprocess.run(["readlink", f"/proc/{running.pid}/exe"], capture_output=True,
+                                     text=True).stdout.strip() != str(program[0]):
+                    time.sleep(0.01)
+                # The rule is the first thing that it does, but not the first that happens to it.
+                time.sleep(1)
+                return subprocess.run([*self.NOBODY, "head", "-c", "1", f"/proc/{running.pid}/environ"],
+                                      capture_output=True).returncode == 0
+            finally:
+                running.terminate()
+                running.wait()
+
+        self.assertTrue(may_look_into([Path("/usr/bin/sleep").resolve(), "60"]))
+        self.assertFalse(may_look_into([tree / "opt/velmor/bin/Manager", "-p", "help"]))
 
 
 if __name__ == "__main__":

@@ -109,6 +109,21 @@ private slots:
         QCOMPARE(profile.content("user.js"), QByteArray("user_pref(\"security.osclientcerts.autoload\", false);\r\n"));
     }
 
+    // Of what the programs around it hold in its memory the card library's stand-in cleans up behind itself.
+    void nothingOfACardIsLeftInMemory()
+    {
+        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
+        const QByteArray pin = "83714206";
+        QVERIFY(world.setPin("anna", sim::Qualified, pin.toStdString()));
+        const QStringList holder { "Wiśniewska", "Krystyna", "Tadeusz", "Zając", "87042341229", "CAA100017", "KRAKÓW" };
+
+        runStory({ "left_in_memory.py", siblingPath("velmor_send"), VELMOR_TEST_ROOT "/devkit/cards/anna", pin,
+                   holder.join('\n'), program(), "-r", "0:Czytnik Alfa||" },
+                 {});
+
+        QCOMPARE(world.cardState("anna")->pins[sim::Qualified].pin, std::string("62059384"));
+    }
+
     void panelIsWorkedByKeyboardAndEarAlone()
     {
         runStory({ "panel.py", VELMOR_TEST_ROOT "/devkit/velmor-panel" }, {});

@@ -1,4 +1,5 @@
 #include "base/crypto.h"
+#include "base/crypto_memory.h"
 
 #include "support/fixed_random.h"
 #include "support/testmain.h"
@@ -7,6 +8,7 @@
 #include <QSet>
 
 #define OPENSSL_SUPPRESS_DEPRECATED
+#include <openssl/crypto.h>
 #include <openssl/dh.h>
 
 #include <memory>
@@ -39,6 +41,13 @@ private:
     static const char *emptyHash() { return "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"; }
 
 private slots:
+    // What was given out by one way must not be freed by the other.
+    void memoryCannotBeChangedOnceItIsInUse()
+    {
+        OPENSSL_free(OPENSSL_malloc(1));
+        QVERIFY(!cleanseCryptoMemory());
+    }
+
     void keyOfAFixedSecretIsTheKnownOne_data()
     {
         QTest::addColumn<QByteArray>("A");

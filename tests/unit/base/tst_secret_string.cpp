@@ -29,6 +29,48 @@ private slots:
         QCOMPARE(kept, digits.text());
     }
 
+    // As the worker and the window do with what was read of a card.
+    void lastToLetGoOverwritesIt()
+    {
+        QString first = digits.text();
+        QString second = first;
+        QString third = second;
+        wipeSecret(first);
+        {
+            const QString alsoHeld = std::move(second);
+        }
+        QVERIFY(digits.places(sizeof(QChar)) > 0);
+        wipeSecret(third);
+        QCOMPARE(digits.places(sizeof(QChar)), 0);
+    }
+
+    void bytesAreOverwrittenToTheEndOfTheirRoom()
+    {
+        QByteArray bytes;
+        bytes.reserve(64);
+        bytes.append("head");
+        for (int i = 0; i < digits.size(); ++i)
+            bytes.append(digits.at(i)).append('\0');
+        // What is cut off stands there still.
+        bytes.truncate(2);
+        QCOMPARE(digits.places(2), 1);
+        QByteArray copy = bytes;
+        wipeSecret(bytes);
+        QVERIFY(bytes.isNull());
+        QCOMPARE(copy.size(), 2);
+        wipeSecret(copy);
+        QCOMPARE(digits.places(2), 0);
+    }
+
+    void bytesOfSomebodyElseAreNotWrittenTo()
+    {
+        const char foreign[] = "of somebody else";
+        QByteArray bytes = QByteArray::fromRawData(foreign, sizeof foreign - 1);
+        wipeSecret(bytes);
+        QVERIFY(bytes.isEmpty());
+        QCOMPARE(foreign, "of somebody else");
+    }
+
     void literalIsNotWrittenTo()
     {
         const auto literal = [] { return QStringLiteral("4826"); };

@@ -74,6 +74,10 @@ private slots:
     {
         QCOMPARE(HomeCards::accessibleText("<p>numer <b>kan</b></p>"), QString("numer CAN"));
         QCOMPARE(HomeCards::accessibleText("Kanada, bekan"), QString("Kanada, beCAN"));
+        QCOMPARE(
+            HomeCards::holderText("CAA100017", "17 października 2033", "Anna Maria", "Wiśniewska"),
+            QString("Twoje dane z velmor: zdjęcie seria i numer dowodu: CAA100017 data ważności 17 października 2033 "
+                    "imiona: Anna Maria nazwisko: Wiśniewska"));
         QCOMPARE(HomeCards::accessibleText("       Zmień PIN"), QString("       Zmień PIN"));
     }
 

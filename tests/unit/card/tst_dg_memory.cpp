@@ -1,0 +1,87 @@
+#include "base/secret_string.h"
+#include "card/card-parser.h"
+
+#include "support/own_memory.h"
+#include "support/testmain.h"
+
+// What the parser takes apart on its way to a text is overwritten: afterwards the file and the texts are all there is.
+class TestDgMemory : public QObject {
+    Q_OBJECT
+
+private:
+    static QString path(const char *name) { return QString(VELMOR_TEST_ROOT "/devkit/cards/anna/%1.bin").arg(name); }
+    // Straight into its place, with no buffer between.
+    static QByteArray content(const char *name)
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return {};
+        QByteArray bytes(int(file.size()), '\0');
+        file.read(bytes.data(), bytes.size());
+        return bytes;
+    }
+
+private slots:
+    void onlyFileAndTextAreLeft_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("field");
+        QTest::newRow("document number") << QByteArray("DG1") << 10 << 9 << 0;
+        QTest::newRow("personal number") << QByteArray("DG11") << 13 << 11 << 1;
+        QTest::newRow("personal number of DG1") << QByteArray("DG1") << 53 << 11 << 1;
+        QTest::newRow("second name") << QByteArray("DG13") << 40 << 5 << 2;
+        QTest::newRow("mother") << QByteArray("DG13") << 67 << 8 << 3;
+    }
+    void onlyFileAndTextAreLeft()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(int, from);
+        QFETCH(int, count);
+        QFETCH(int, field);
+        const HiddenBytes bytes = HiddenBytes::ofFile(path(file), from, count);
+        const HiddenBytes shown = bytes.widened();
+        QVERIFY(!bytes.isEmpty());
+        QCOMPARE(bytes.places(), 0);
+        DGParser parser;
+        {
+            QByteArray source = content(file);
+            QVERIFY(!source.isEmpty());
+            parser.loadDg(file, source);
+            wipeSecret(source);
+        }
+        QCOMPARE(bytes.places(), 1);
+
+        const std::function<QString()> fields[] = { [&] { return parser.documentNumber(); },
+                                                    [&] { return parser.personalNumber(); },
+                                                    [&] { return parser.secondName(); },
+                                                    [&] { return parser.motherName(); } };
+        QString text = fields[field]();
+        QCOMPARE(text.size(), count);
+        QCOMPARE(bytes.places(), 1);
+        QCOMPARE(shown.places(), 1);
+        wipeSecret(text);
+        parser.clearDg();
+        QCOMPARE(bytes.places(), 0);
+        QCOMPARE(shown.places(), 0);
+    }
+
+    // A new card's group takes the place of the last one's.
+    void fileThatIsReplacedIsOverwritten()
+    {
+        const HiddenBytes bytes = HiddenBytes::ofFile(path("DG1"), 5, 40);
+        DGParser parser;
+        {
+            QByteArray source = content("DG1");
+            parser.loadDg("DG1", source);
+            wipeSecret(source);
+        }
+        QCOMPARE(bytes.places(), 1);
+        parser.loadDg("DG1", QByteArray(95, '<'));
+        QCOMPARE(bytes.places(), 0);
+    }
+};
+
+VELMOR_TEST(TestDgMemory)
+#include "tst_dg_memory.moc"

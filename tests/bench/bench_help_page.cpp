@@ -1,6 +1,6 @@
 // The help page: time from the request to the painted page with its report, without a Monitor.
 //
-// Prints rows "name | value | bar".
+// Prints rows "what | value | limit".
 
 #include "support/flow.h"
 

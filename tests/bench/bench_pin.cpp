@@ -1,7 +1,7 @@
 // PIN pages: how long the window's thread takes from an answer to the result page and from a digit to its effect, and
 // what many operations in a row leave behind in memory.
 //
-//   bench_pin             prints rows "name | value | bar"
+//   bench_pin             prints rows "what | value | limit"
 //   bench_pin grow        the same for memory alone, which takes minutes
 //
 // A fresh process each, since the hints' style sheets grow by design with every visit.

@@ -1,7 +1,7 @@
 // The settings page of somebody with many Firefox profiles: time until it is shown, and until they are connected, by
 // each of the two mechanisms.
 //
-// Prints rows "name | value | bar".
+// Prints rows "what | value | limit".
 
 #include "base/platform.h"
 #include "platform/os.h"

@@ -1,5 +1,7 @@
 #include "spoken/comparison.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 namespace Comparison {
@@ -20,9 +22,14 @@ QString wordsOf(const QString &text)
 
 } // namespace
 
+// The same texts come at every step.
 QString bare(const QString &text)
 {
-    return wordsOf(text).remove(' ');
+    static QHash<QString, QString> known;
+    auto found = known.find(text);
+    if (found == known.end())
+        found = known.insert(text, wordsOf(text).remove(' '));
+    return *found;
 }
 
 QStringList unheard(const QStringList &shown, const QStringList &heard)

@@ -7,24 +7,39 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
-#include <QThread>
+#include <QPointer>
+#include <QTimer>
+#include <QWindow>
 
 #include <functional>
 
 namespace {
 
-constexpr int patience = 20000;
+// Only against waiting for ever: no busy machine is as slow as that.
+constexpr int patience = 100000;
 
-bool runUntil(const std::function<bool()> &condition, int milliseconds = patience)
+// For conditions that only an event of this thread can make true.
+bool runUntil(const std::function<bool()> &condition)
 {
-    const QDeadlineTimer deadline(milliseconds);
+    const QDeadlineTimer deadline(patience);
+    QTimer wake;
+    wake.start(patience);
     while (!condition()) {
         if (deadline.hasExpired())
             return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::usleep(300);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
+}
+
+// The window that the next key goes to: the display tells it a while after the window has come up.
+bool keysArrive()
+{
+    if (QApplication::activePopupWidget())
+        return true;
+    const QWidget *dialog = QApplication::activeModalWidget();
+    const QWindow *window = QGuiApplication::focusWindow();
+    return window && (!dialog || window == dialog->windowHandle());
 }
 
 // That a key has come and was let go, as a widget sees it: before that, it makes a way to those who listen to the
@@ -35,15 +50,24 @@ public:
 
     bool eventFilter(QObject *object, QEvent *event) override
     {
-        if (object->isWidgetType()) {
-            seenDown = seenDown || event->type() == QEvent::KeyPress;
-            seenUp = seenUp || event->type() == QEvent::KeyRelease;
+        if (!object->isWidgetType())
+            return false;
+        if (event->type() == QEvent::KeyPress && !pressed) {
+            pressed = true;
+            window = static_cast<QWidget *>(object)->window();
         }
+        // One before the press is of an earlier key, whose window went at the press.
+        released = released || (pressed && event->type() == QEvent::KeyRelease);
         return false;
     }
 
-    bool seenDown = false;
-    bool seenUp = false;
+    // What the key has closed sees no release.
+    bool isDone() const { return released || (pressed && (!window || !window->isVisible())); }
+
+private:
+    bool pressed = false;
+    bool released = false;
+    QPointer<QWidget> window;
 };
 
 QStringList strings(const QJsonValue &value)
@@ -106,7 +130,9 @@ QByteArray Ear::ask()
     QAccessibleTextInsertEvent ring(bell.get(), ++rung, "!");
     QAccessible::updateAccessibility(&ring);
     listener.write(QByteArray::number(rung) + '\n');
-    runUntil([this] { return listener.canReadLine() || listener.state() == QProcess::NotRunning; });
+    // An answer that is given up would be taken for that to the next question.
+    if (!runUntil([this] { return listener.canReadLine(); }))
+        qFatal("the ear does not answer");
     return listener.readLine();
 }
 
@@ -127,9 +153,9 @@ QVector<Heard> Ear::hear()
 
 bool Ear::press(const QString &key)
 {
+    if (!runUntil(keysArrive))
+        return false;
     const KeyWatch watch;
     keyboard.write("key --delay 0 " + key.toLatin1() + '\n');
-    return runUntil([&watch] { return watch.seenDown; }, 5000)
-        // A dialog that the key has closed sees no release.
-        && (runUntil([&watch] { return watch.seenUp; }, 300) || true);
+    return runUntil([&watch] { return watch.isDone(); });
 }

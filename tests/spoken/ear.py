@@ -8,7 +8,6 @@ focus.
 
 import json
 import sys
-import time
 
 import gi
 
@@ -29,7 +28,6 @@ EVENTS = (
 STATES = ("CHECKED", "ENABLED", "EDITABLE", "EXPANDED", "EXPANDABLE", "COLLAPSED", "SELECTED", "FOCUSED")
 GROUPS = ("panel", "grouping")
 BELL = 1000000  # no text is that long
-PATIENCE = 15  # seconds
 
 
 class Ear:
@@ -39,6 +37,8 @@ class Ear:
         self.focus = None
         self.groups = []  # around what has the focus, from outside
         Atspi.init()
+        # An answer that comes late on a busy machine is one; by itself the library takes it for none after 0.8 s.
+        Atspi.set_timeout(-1, -1)
         self.listener = Atspi.EventListener.new(self.hear, None)
         for event in EVENTS:
             self.listener.register(event)
@@ -94,9 +94,10 @@ class Ear:
         """Names of the groups around the focus that were not around it before."""
         around = []
         parent = source.get_parent()
-        while parent and parent.get_role() != Atspi.Role.APPLICATION:
-            if parent.get_role_name() in GROUPS and parent.get_name():
-                around.insert(0, (parent.path, parent.get_name()))
+        while parent and not parent.path.endswith("/root"):
+            name = parent.get_name() if parent.get_role_name() in GROUPS else ""
+            if name:
+                around.insert(0, (parent.path, name))
             parent = parent.get_parent()
         entered = [name for path, name in around if path not in self.groups]
         self.groups = [path for path, _ in around]
@@ -138,10 +139,8 @@ class Ear:
     def answer(self, bell):
         """All that the program has sent before it rang."""
         context = GLib.MainContext.default()
-        end = time.monotonic() + PATIENCE
-        while self.bell != bell and time.monotonic() < end:
-            if not context.iteration(False):
-                time.sleep(0.0005)
+        while self.bell != bell:
+            context.iteration(True)
         events, self.events = self.events, []
         for kind, source, detail, data in events:
             try:

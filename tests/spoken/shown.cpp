@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QHash>
 #include <QLabel>
 #include <QTextBrowser>
 #include <QTextDocument>
@@ -13,9 +14,16 @@
 
 namespace {
 
+// Each text is asked for at every step.
 QString plain(const QString &text)
 {
-    return Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+    if (!Qt::mightBeRichText(text))
+        return text;
+    static QHash<QString, QString> known;
+    auto found = known.find(text);
+    if (found == known.end())
+        found = known.insert(text, QTextDocumentFragment::fromHtml(text).toPlainText());
+    return *found;
 }
 
 QStringList textsOf(const QWidget *widget)

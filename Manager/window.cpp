@@ -340,12 +340,16 @@ void Window::enterPage(QWidget *page, const QString &title, const QString &subti
 {
     leaveFocus();
     ui->cbReaders->setEnabled(false);
-    {
-        // Who enters a page says what has the focus there.
-        const FocusPause pause;
-        ui->pager->setCurrentWidget(page);
-    }
+    turnTo(page);
     setPageTitle(title, subtitle);
+}
+
+// Who turns to a page says what has the focus there.
+void Window::turnTo(QWidget *page)
+{
+    leaveFocus();
+    const FocusPause pause;
+    ui->pager->setCurrentWidget(page);
 }
 
 // Before what has the focus is hidden: else the toolkit hands it on to what comes next, and a screen reader speaks of

@@ -167,6 +167,7 @@ private:
     bool needsNoCard() const;
     bool isPinPage() const;
     void leaveFocus();
+    void turnTo(QWidget *page);
     // For the pages on which no other reader can be chosen.
     void enterPage(QWidget *page, const QString &title, const QString &subtitle = {});
 

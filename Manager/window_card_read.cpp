@@ -108,7 +108,7 @@ void Window::loadedCertsCount(int auth, int author, int pres, int qual)
 
 void Window::showNoElectricLayer()
 {
-    ui->pager->setCurrentWidget(ui->pageNoElectricLayer);
+    turnTo(ui->pageNoElectricLayer);
     loaderHide();
     ui->lPukBlocked_3->setAccessibleName("Twój dowód nie ma warstwy elektronicznej");
     ui->lPukBlocked_3->setFocus();

@@ -238,7 +238,7 @@ void Window::showResultPage(const QString &text, PinTexts::Colour colour, int ti
         else
             setPageTitle(title, subtitle);
     }
-    ui->pager->setCurrentWidget(ui->pageCorrectChange);
+    turnTo(ui->pageCorrectChange);
     ui->lPinChanged->setAccessibleName(Common::plainText(text));
     focusAloud(ui->lPinChanged);
 }

@@ -184,7 +184,7 @@ void Window::unblockPinFin(int res)
 void Window::moveToBlockedPukPage()
 {
     setPageTitle(PinTexts::pageTitle(PinTexts::UnblockTitle), containerTitle(conteiner));
-    ui->pager->setCurrentWidget(ui->pageBlockedPuk_2);
+    turnTo(ui->pageBlockedPuk_2);
     ui->lPukBlocked_2->setAccessibleName(
         Common::plainText(ui->lMainTitle->text() + ui->lSubTitle->text()
                           + ", twój velmor został zablokowany, dowodu nie da się odblokować, dowiedz się jak uzyskać "

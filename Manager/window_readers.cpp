@@ -122,10 +122,11 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
         return;
     }
     qDebug().noquote() << "move to disconnect page";
+    leaveFocus();
     ui->cbReaders->setEnabled(false);
     ui->frameReaders->setVisible(!hideReaders);
     loaderHide();
-    ui->pager->setCurrentWidget(ui->pageDisconected);
+    turnTo(ui->pageDisconected);
     disableHomePage();
     ui->lno_connection->show();
     ui->lDisconnect->show();
@@ -148,7 +149,7 @@ void Window::setHomeParams()
     // While the page that holds them is still shown, else they would keep what was typed.
     clearPinFields();
     enableReadersOnlyWithChoice();
-    ui->pager->setCurrentWidget(ui->pageHome);
+    turnTo(ui->pageHome);
     ui->bWroc->hide();
     ui->bClose->show();
     updateReaderWidth();

@@ -97,7 +97,7 @@ void Window::integrationEnds()
 {
     ui->lchange_card->hide();
     loaderHide();
-    ui->pager->setCurrentWidget(ui->pageIntegration);
+    turnTo(ui->pageIntegration);
     const QString text = integrator->resultText();
     if (text.isEmpty())
         return;

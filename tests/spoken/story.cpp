@@ -81,6 +81,9 @@ void StoryTeller::note(const Heard &heard)
 {
     if (heard.kind == "gone")
         return;
+    // What has lost its name says nothing of it.
+    if (heard.kind == "change" && heard.words().isEmpty())
+        return;
     heardHere << heard.words();
     ++utterances;
     if (heard.kind == "edit")
@@ -100,8 +103,10 @@ void StoryTeller::note(const Heard &heard)
         if (spokenRole(heard.role).isEmpty())
             fault("a stop without a role: " + heard.name + " (" + heard.role + ")");
         // While a card is read the program goes on by itself, and two sentences of one label are heard as the later.
-        if (last.kind == "focus" && last.path == heard.path && last.words() == heard.words() && !loaderSeen)
+        if (last.kind == "focus" && last.path == heard.path && last.name == heard.name
+            && last.description == heard.description && last.text == heard.text && !loaderSeen)
             fault("a stop twice: " + heard.name);
+        stops << heard.words().join(' ');
     }
     last = heard;
 }
@@ -126,6 +131,7 @@ void StoryTeller::listen()
 void StoryTeller::press(const QString &key)
 {
     loaderSeen = false;
+    stops.clear();
     if (!ear.press(key))
         fault("the key does not arrive: " + key);
     listen();
@@ -150,6 +156,13 @@ void StoryTeller::waitFor(const QString &text)
     });
     if (!said)
         fault("never said: " + text);
+}
+
+void StoryTeller::waitForFirst(const QString &text)
+{
+    waitFor(text);
+    if (!stops.isEmpty() && !stops.first().contains(text))
+        fault("heard before " + text + ": " + stops.first());
 }
 
 // Once round, from where the focus is.
@@ -200,6 +213,9 @@ void StoryTeller::step(const QString &words, const Happenings &happenings)
     case '?':
         waitFor(rest);
         break;
+    case '&':
+        waitForFirst(rest);
+        break;
     case '=':
         if (!driver.waitForPage(rest))
             fault("not on " + rest + " but on " + driver.page());
@@ -207,6 +223,7 @@ void StoryTeller::step(const QString &words, const Happenings &happenings)
         break;
     case '!':
         lines << "  " + rest + ":";
+        stops.clear();
         happenings.value(rest)(driver);
         listen();
         break;

@@ -9,8 +9,9 @@
 // A page in one of its states, worked by keys alone.
 //
 // The steps are words: a key by its name for X ("space", "shift+Tab"); ">NAME", Tab as often as it takes to hear a stop
-// whose name begins so; "#1234", digits that are typed; "?TEXT", waiting until that is said; "=PAGE", waiting for the
-// page; "read", all stops once round with Tab; "!NAME", something that happens in the world, from the story's own list.
+// whose name begins so; "#1234", digits that are typed; "?TEXT", waiting until that is said; "&TEXT", the same, and that it
+// is the first stop that is heard since the last key or happening; "=PAGE", waiting for the page; "read", all stops once
+// round with Tab; "!NAME", something that happens in the world, from the story's own list.
 // "(KEY" opens a dialog, and what follows up to ")" is done in it.
 struct Story {
     const char *page; // of the protocol
@@ -55,6 +56,7 @@ private:
     void press(const QString &key);
     void tabTo(const QString &name);
     void waitFor(const QString &text);
+    void waitForFirst(const QString &text);
     void readAll();
     void compareWithShown();
     void snapshot();
@@ -66,6 +68,7 @@ private:
     QStringList lines;
     QStringList wrong;
     QStringList heardHere; // since the last reading began
+    QStringList stops; // since the last key or happening
     QStringList seen; // shown at any moment since the last comparison
     QStringList used;
     Heard last;

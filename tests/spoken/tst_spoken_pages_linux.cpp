@@ -45,7 +45,7 @@ QVector<Story> stories()
           "Karta znika",
           "anna",
           nullptr,
-          { ">Dane z velmor", "space", "=pageAllData", "!karta znika", "?Brak połączenia" } },
+          { ">Dane z velmor", "space", "=pageAllData", "!karta znika", "&Brak połączenia" } },
         { "certificates", "Do identyfikacji i uwierzytelniania", "anna", nullptr,
           certificates("do identyfikacji", "Wzorcowe") },
         { "certificates", "Do podpisu osobistego", "jan", nullptr, certificates("do podpisu", "Wzorcowe") },
@@ -59,7 +59,7 @@ QVector<Story> stories()
           "anna",
           nullptr,
           { ">Szczegóły: certyfikat do iden", "space", "?Wzorcowe", ">zobacz szczegóły", "space",
-            "?Trwa otwieranie certyfikatu", "read", "!karta znika", "?Brak połączenia" } },
+            "?Trwa otwieranie certyfikatu", "read", "!karta znika", "&Brak połączenia" } },
     };
 }
 

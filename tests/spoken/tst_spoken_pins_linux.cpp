@@ -44,6 +44,12 @@ void padFirstPin(Driver &driver)
     driver.world.padFirstPin("87654321", "48261537");
 }
 
+// For the PUK it begins a second after the page has been entered, and the buttons of the footer go off.
+void padWaits(Driver &driver)
+{
+    driver.waitForPad();
+}
+
 void padCancel(Driver &driver)
 {
     answer(driver, sim::PadAnswer::Kind::Cancel);
@@ -71,6 +77,7 @@ const Happenings happenings {
     { "PIN zmieniony na klawiaturze czytnika", padChange },
     { "PIN odblokowany na klawiaturze czytnika", padUnblock },
     { "PIN nadany na klawiaturze czytnika", padFirstPin },
+    { "czytnik czeka na klawisze", padWaits },
     { "czerwony przycisk C na klawiaturze czytnika", padCancel },
     { "karta działa wolno", slowCard },
     { "karta działa dalej", goesOn },
@@ -125,27 +132,27 @@ QVector<Story> changeStories()
           change(authentication) + digits("9753", "4826", "4826")
               + QStringList { ">Zmień PIN", "space", "=pageUnblockPin", "?PIN jest zablokowany", "read" } },
         { "pin-change", "Karta znika", "anna", nullptr,
-          change(authentication) + QStringList { "#12", "!karta znika", "?Brak połączenia" } },
+          change(authentication) + QStringList { "#12", "!karta znika", "&Brak połączenia" } },
         { "pin-change-pinpad",
           "Na klawiaturze czytnika",
           "anna",
           pinpad,
           { ">Zmień PIN" + authentication, "space", "=pageChangePin", "?postępuj zgodnie", "read",
-            "!PIN zmieniony na klawiaturze czytnika", "?PIN został zmieniony", "read", ">Wróć", "space",
+            "!PIN zmieniony na klawiaturze czytnika", "&PIN został zmieniony", "read", ">Wróć", "space",
             "=pageHome" } },
         { "pin-change-pinpad",
           "Przerwana na czytniku",
           "anna",
           pinpad,
           { ">Zmień PIN" + authentication, "space", "=pageChangePin", "?postępuj zgodnie",
-            "!czerwony przycisk C na klawiaturze czytnika", "?anulowana", "read", ">Wróć", "space", "=pageHome" } },
+            "!czerwony przycisk C na klawiaturze czytnika", "&anulowana", "read", ">Wróć", "space", "=pageHome" } },
         { "pin-change-pinpad",
           "Zamknięcie programu w czasie zmiany",
           "anna",
           pinpad,
           { ">Zmień PIN" + authentication, "space", "=pageChangePin", "?postępuj zgodnie", ">Zamknij", "(space",
             "?Zakończ najpierw", "read", "Escape", ")", "read", "!czerwony przycisk C na klawiaturze czytnika",
-            "?anulowana" } },
+            "&anulowana" } },
     };
 }
 
@@ -172,10 +179,10 @@ QVector<Story> unblockStories()
               + QStringList { ">Zmień PIN", "space", "=pageBlockedPuk_2", "?zablokowany", "read" } + back },
         { "pin-unblock", "Na klawiaturze czytnika", "locked-qualified", pinpad,
           unblock("Odblokuj PIN")
-              + QStringList { "read", "!PIN odblokowany na klawiaturze czytnika", "?PIN został odblokowany", "read" }
+              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN odblokowany na klawiaturze czytnika", "&PIN został odblokowany", "read" }
               + back },
         { "pin-unblock", "Przerwane na czytniku", "locked-qualified", pinpad,
-          unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "?anulowane" } },
+          unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "&anulowane" } },
         { "pin-first", "Puste pola", "first-pin", nullptr, unblock("Nadaj PIN") + QStringList { "read" } + cancelled },
         { "pin-first", "Udane nadanie", "first-pin", nullptr,
           unblock("Nadaj PIN") + QStringList { "Tab" } + digits("87654321", "48261537", "48261537")
@@ -185,7 +192,7 @@ QVector<Story> unblockStories()
               + QStringList { ">Nadaj PIN", "space", "?Niepoprawny PUK", "read" } + back },
         { "pin-first", "Na klawiaturze czytnika", "first-pin", pinpad,
           unblock("Nadaj PIN")
-              + QStringList { "read", "!PIN nadany na klawiaturze czytnika", "?PIN został nadany", "read" } + back },
+              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN nadany na klawiaturze czytnika", "&PIN został nadany", "read" } + back },
         { "puk-blocked", "Zablokowany dowód", "locked-puk", nullptr,
           QStringList { ">Szczegóły: certyfikat kwalifikowany", "Tab", "space", "=pageBlockedPuk_2", "?zablokowany",
                         "read" }

@@ -5,6 +5,7 @@
 // say to the Monitor is a new message. The state of an update comes through the settings store, which others write.
 
 #include "base/settings.h"
+#include "gui/spoken_focus.h"
 #include "ipc/ipc.h"
 #include "reader_list.h"
 #include "ui_window.h"
@@ -140,7 +141,11 @@ void Window::updateApp()
     if (ui->bUpdateArrow->isHidden())
         return;
     ipc->msgToMonitor(IpcMsg { { "updateApp", "true" } });
+    ui->bUpdate->setText("Aktualizuję");
+    // A change of the button on which the user stands is told by itself.
+    if (!ui->bUpdate->hasFocus())
+        focusAloud(ui->bUpdate);
+    leaveFocus();
     ui->bUpdateArrow->setEnabled(false);
     ui->bUpdate->setEnabled(false);
-    ui->bUpdate->setText("Aktualizuję");
 }

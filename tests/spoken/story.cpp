@@ -251,7 +251,8 @@ void StoryTeller::playDialog(const QString &key, const QStringList &steps, const
     lines << "  " + keyWord(key) + ":";
     heardHere.clear();
     press(key);
-    if (look.isActive())
+    // Some come up a while after the key.
+    if (!Driver::waitFor([&look] { return !look.isActive(); }))
         fault("no dialog");
     heardHere.clear();
 }

@@ -60,6 +60,7 @@ QStringList onlySpoken()
         "zobacz szczegóły certyfikatu",
         "Ostrzeżenie o czytniku",
         "Wybór czytnika",
+        "Aktualizuj aplikację",
         // What to do, and what a button is for.
         "Wprowadź aktualny cztero cyfrowy PIN",
         "Wprowadź aktualny sześcio cyfrowy PIN",

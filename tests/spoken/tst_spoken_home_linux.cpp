@@ -1,9 +1,12 @@
 #include "spoken/story_test.h"
 
+#include "support/raw_inbox.h"
+
 // The home page, and what is shown while there is no card on it.
 namespace {
 
 constexpr char second[] = "Czytnik Beta";
+constexpr char third[] = "Czytnik Gamma";
 
 void reading(Driver &driver)
 {
@@ -45,6 +48,20 @@ void twoReaders(Driver &driver)
     driver.window->loadedReaders({ StoryTeller::reader, second });
 }
 
+void threeReaders(Driver &driver)
+{
+    driver.world.insertCard(third, "ewa");
+    twoReaders(driver);
+    driver.window->loadedReaders({ StoryTeller::reader, second, third });
+}
+
+// The program that asks for the number.
+void canAskedElsewhere(Driver &driver)
+{
+    const RawInbox can("velmor_can", 500);
+    driver.window->loadedReaders({}, canAsked);
+}
+
 // No line names the reader.
 void unknownReader(Driver &driver)
 {
@@ -61,7 +78,9 @@ const Happenings happenings {
     { "karty nie ma", noCard<emptyReader> },
     { "jest karta innego rodzaju", noCard<strangeCard> },
     { "karta nie odpowiada", noCard<canAsked> },
+    { "inny program pyta o numer CAN", canAskedElsewhere },
     { "są dwa czytniki", twoReaders },
+    { "są trzy czytniki", threeReaders },
     { "czytnika nie ma w pliku konfiguracyjnym", unknownReader },
 };
 
@@ -83,6 +102,13 @@ QVector<Story> stories()
           nullptr,
           { "!są dwa czytniki", "read", ">Czytnik Alfa", "space", "Down", "Return", "?Jan", "read" } },
         { "home",
+          "Wybór trzeciego z trzech czytników",
+          "anna",
+          nullptr,
+          { "!są trzy czytniki", "read", ">Czytnik Alfa", "space", "Down", "Down", "?Czytnik Gamma",
+            "Return", "?Ewa", "read" } },
+        { "home", "Długie nazwy", "long-names", nullptr, QStringList { "read" } + away },
+        { "home",
           "Czytnik, który może nie działać w pełni",
           "anna",
           nullptr,
@@ -102,6 +128,8 @@ QVector<Story> stories()
           QStringList { "!jest karta innego rodzaju", "&Brak połączenia" } + toHelp },
         { "no-card", "Karta, która nie odpowiada", "anna", nullptr,
           QStringList { "!karta nie odpowiada", "&Brak połączenia" } + toHelp },
+        { "no-card", "Karta, która czeka na numer CAN", "anna", nullptr,
+          QStringList { "!inny program pyta o numer CAN", "&Oczekiwanie na wprowadzenie" } + toHelp },
         { "no-card",
           "Karta znów leży na czytniku",
           "anna",

@@ -39,6 +39,7 @@ QVector<Story> stories()
         { "personal-data", "Długie nazwy", "long-names", nullptr, data() },
         { "personal-data", "Bez miejsca urodzenia", "no-dg11", nullptr, data() },
         { "personal-data", "Bez organu wydającego", "no-dg12", nullptr, data() },
+        { "personal-data", "Bez danych z odczytu zdalnego", "no-dg13", nullptr, data() },
         { "personal-data", "Cudzoziemiec", "foreigner", nullptr, data() },
         { "personal-data", "Karta bez danych", "no-data", nullptr, data() },
         { "personal-data",

@@ -50,6 +50,16 @@ void padWaits(Driver &driver)
     driver.waitForPad();
 }
 
+void padMismatch(Driver &driver)
+{
+    answer(driver, sim::PadAnswer::Kind::Mismatch);
+}
+
+void padReject(Driver &driver)
+{
+    answer(driver, sim::PadAnswer::Kind::Reject);
+}
+
 void padCancel(Driver &driver)
 {
     answer(driver, sim::PadAnswer::Kind::Cancel);
@@ -78,6 +88,8 @@ const Happenings happenings {
     { "PIN odblokowany na klawiaturze czytnika", padUnblock },
     { "PIN nadany na klawiaturze czytnika", padFirstPin },
     { "czytnik czeka na klawisze", padWaits },
+    { "dwa różne PIN-y na klawiaturze czytnika", padMismatch },
+    { "czytnik przerywa", padReject },
     { "czerwony przycisk C na klawiaturze czytnika", padCancel },
     { "karta działa wolno", slowCard },
     { "karta działa dalej", goesOn },
@@ -131,6 +143,8 @@ QVector<Story> changeStories()
         { "pin-change", "Ostatnia próba i zablokowany PIN", "anna", lastTry,
           change(authentication) + digits("9753", "4826", "4826")
               + QStringList { ">Zmień PIN", "space", "=pageUnblockPin", "?PIN jest zablokowany", "read" } },
+        { "pin-change", "Została jedna próba", "anna", lastTry,
+          change(authentication) + QStringList { "read" } + cancelled },
         { "pin-change", "Karta znika", "anna", nullptr,
           change(authentication) + QStringList { "#12", "!karta znika", "&Brak połączenia" } },
         { "pin-change-pinpad",
@@ -146,6 +160,13 @@ QVector<Story> changeStories()
           pinpad,
           { ">Zmień PIN" + authentication, "space", "=pageChangePin", "?postępuj zgodnie",
             "!czerwony przycisk C na klawiaturze czytnika", "&anulowana", "read", ">Wróć", "space", "=pageHome" } },
+        { "pin-change-pinpad",
+          "Dwa różne PIN-y",
+          "anna",
+          pinpad,
+          { ">Zmień PIN" + authentication, "space", "=pageChangePin", "?postępuj zgodnie",
+            "!dwa różne PIN-y na klawiaturze czytnika", "&Podane PINy różnią się", "read", ">Wróć", "space",
+            "=pageHome" } },
         { "pin-change-pinpad",
           "Zamknięcie programu w czasie zmiany",
           "anna",
@@ -182,7 +203,8 @@ QVector<Story> unblockStories()
               + QStringList { "!czytnik czeka na klawisze", "read", "!PIN odblokowany na klawiaturze czytnika", "&PIN został odblokowany", "read" }
               + back },
         { "pin-unblock", "Przerwane na czytniku", "locked-qualified", pinpad,
-          unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "&anulowane" } },
+          unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "&anulowane", "read" }
+              + back },
         { "pin-first", "Puste pola", "first-pin", nullptr, unblock("Nadaj PIN") + QStringList { "read" } + cancelled },
         { "pin-first", "Udane nadanie", "first-pin", nullptr,
           unblock("Nadaj PIN") + QStringList { "Tab" } + digits("87654321", "48261537", "48261537")
@@ -193,6 +215,8 @@ QVector<Story> unblockStories()
         { "pin-first", "Na klawiaturze czytnika", "first-pin", pinpad,
           unblock("Nadaj PIN")
               + QStringList { "!czytnik czeka na klawisze", "read", "!PIN nadany na klawiaturze czytnika", "&PIN został nadany", "read" } + back },
+        { "pin-first", "Przerwane przez czytnik", "first-pin", pinpad,
+          unblock("Nadaj PIN") + QStringList { "!czytnik przerywa", "&przerwane", "read" } + back },
         { "puk-blocked", "Zablokowany dowód", "locked-puk", nullptr,
           QStringList { ">Szczegóły: certyfikat kwalifikowany", "Tab", "space", "=pageBlockedPuk_2", "?zablokowany",
                         "read" }

@@ -1,5 +1,6 @@
 #include "spoken/story_test.h"
 
+#include "app/app.h"
 #include "base/ipc_msg.h"
 #include "base/settings.h"
 #include "platform/os.h"
@@ -7,8 +8,9 @@
 #include "support/profile_folder.h"
 
 #include <QDir>
+#include <QWindow>
 
-// Settings and help, which need no card.
+// Settings and help, which need no card, and what comes from other programs.
 namespace {
 
 void cardComes(Driver &driver)
@@ -27,7 +29,60 @@ void monitorAnswers(Driver &driver)
                                        { "diagnoseReaders", "Liczba czytników: 1\n- Czytnik Alfa: karta gotowa" } });
 }
 
+void libraryMissing(Driver &driver)
+{
+    App::instance()->init("Menedżer", TestHome::path() + "/empty-root", "x86_64", "Manager");
+    driver.window->loadedReaders({ StoryTeller::reader });
+}
+
+void newVersion(Driver &driver)
+{
+    Settings::instance()->setValue(SettingsKey::updateAvailable, "true");
+    driver.window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "checkForUpdate", "" } });
+}
+
+std::unique_ptr<QWindow> otherProgram;
+
+void otherProgramHasKeys(Driver &driver)
+{
+    otherProgram = std::make_unique<QWindow>();
+    otherProgram->resize(10, 10);
+    otherProgram->show();
+    otherProgram->requestActivate();
+    Driver::waitFor([&] { return !driver.window->isActiveWindow(); });
+}
+
+// What a second program sends before it ends.
+void startedAgain(Driver &driver)
+{
+    driver.window->recvIpcMsg(IpcMsg { { "to", "velmor_manager" }, { "windowFocus", 1 } });
+    Driver::waitFor([&] { return driver.window->isActiveWindow(); });
+}
+
+QString profilePath()
+{
+    return Os().profilesRoot("Firefox") + "a.default";
+}
+
+// One of those into whose list of modules is written.
+void profileIsOld(Driver &)
+{
+    const ProfileFolder files(profilePath(), "60.0");
+}
+
+void listIsAFolder(Driver &)
+{
+    QFile::remove(profilePath() + "/pkcs11.txt");
+    QDir().mkpath(profilePath() + "/pkcs11.txt");
+}
+
 const Happenings happenings {
+    { "nie ma biblioteki karty", libraryMissing },
+    { "jest nowa wersja programu", newVersion },
+    { "klawiaturę ma inny program", otherProgramHasKeys },
+    { "program jest uruchamiany drugi raz", startedAgain },
+    { "profil jest ze starego Firefoksa", profileIsOld },
+    { "pliku przeglądarki nie można zapisać", listIsAFolder },
     { "jest czytnik z kartą", cardComes },
     { "karta znika", cardGoes },
     { "są wiadomości o czytnikach", monitorAnswers },
@@ -59,6 +114,10 @@ QVector<Story> settingsStories()
         { "settings", "Numer CAN nie będzie zapamiętywany", "anna", nullptr,
           toSettings + QStringList { ">Wyłącz możliwość", "space", "Tab", "Tab" } + onResult("zostały zapisane")
               + backHome },
+        { "settings", "Plik przeglądarki, którego nie można zapisać", "anna", nullptr,
+          QStringList { "!profil jest ze starego Firefoksa" } + toSettings
+              + QStringList { ">" + firefox, "space", "!pliku przeglądarki nie można zapisać", ">Ustaw", "(space",
+                              "?Nie można zapisać", "read", "Escape", ")", "=pageIntegration", "read" } },
         { "settings", "Starszy mechanizm", "anna", nullptr,
           toSettings + QStringList { ">Używaj starszego", "space", "Tab" } + onResult("Zdejmij i przyłóż") + backHome },
     };
@@ -72,10 +131,32 @@ QVector<Story> helpStories()
         { "help", "Z wiadomościami o czytnikach", "anna", nullptr,
           toHelp
               + QStringList { "!są wiadomości o czytnikach", "read", ">przycisk odśwież", "space", "?przycisk kopiuj",
-                              "space" }
+                              "space", "read" }
               + backHome },
         { "help", "Zbieranie logów", "anna", nullptr,
           toHelp + QStringList { ">Informacje o systemie", "Tab", "Return", "read" } + backHome },
+    };
+}
+
+QVector<Story> otherStories()
+{
+    return {
+        { "update", "Nowa wersja programu", "anna", nullptr,
+          { "!jest nowa wersja programu", "read", ">Aktualizuj aplikację", "Tab", "space", "?Aktualizuję", "Tab",
+            "?Twoje dane", "read" } },
+        { "update", "Nowa wersja programu, strzałką", "anna", nullptr,
+          { "!jest nowa wersja programu", ">Aktualizuj aplikację", "space", "&Aktualizuję", "Tab", "&Twoje dane" } },
+        { "second-start", "Ze stroną główną", "anna", nullptr,
+          { "!klawiaturę ma inny program", "!program jest uruchamiany drugi raz", "?Twoje dane", "read" } },
+        { "second-start", "Z ustawieniami", "anna", nullptr,
+          toSettings
+              + QStringList { "!klawiaturę ma inny program", "!program jest uruchamiany drugi raz", "?Ustawienia",
+                              "read" } },
+        { "second-start", "Bez karty, jak po uruchomieniu", "", nullptr,
+          { "!klawiaturę ma inny program", "!program jest uruchamiany drugi raz", "read" } },
+        { "no-library", "Bez biblioteki karty", "", nullptr,
+          { "!nie ma biblioteki karty", "?Trwa odczyt danych z karty", "read" } },
+        { "closing", "Zamknięcie programu", "anna", nullptr, { ">Zamknij", "space", "?Zamykanie aplikacji" } },
     };
 }
 
@@ -94,14 +175,18 @@ private slots:
         QVERIFY(teller.start());
         programs = std::make_unique<FakePrograms>();
         programs->install("bin/firefox");
-        profile = std::make_unique<ProfileFolder>(Os().profilesRoot("Firefox") + "a.default", "128.0");
     }
+    void init() { profile = std::make_unique<ProfileFolder>(profilePath(), "128.0"); }
     void cleanup()
     {
+        otherProgram.reset();
         teller.close();
+        App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager");
         QDir(Os().logsDir()).removeRecursively();
+        QDir(profilePath()).removeRecursively();
         for (const char *key : { SettingsKey::hideCheckboxCanRemember, SettingsKey::useCspForRsa })
             Settings::instance()->setValue(key, false);
+        Settings::instance()->setValue(SettingsKey::updateAvailable, "false");
     }
     void cleanupTestCase() { teller.writeProtocols(); }
 
@@ -109,6 +194,8 @@ private slots:
     void settingsAreHeard() { tell(happenings); }
     void helpIsHeard_data() { addRows(helpStories()); }
     void helpIsHeard() { tell(happenings); }
+    void othersAreHeard_data() { addRows(otherStories()); }
+    void othersAreHeard() { tell(happenings); }
 };
 
 VELMOR_TEST(TestSpokenSettings)

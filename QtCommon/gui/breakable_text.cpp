@@ -1,8 +1,13 @@
 #include "gui/breakable_text.h"
 
+namespace {
+
+constexpr QChar mayBreak(0x200B);
+
+} // namespace
+
 QString breakableText(const QString &html, int run)
 {
-    constexpr QChar mayBreak(0x200B);
     QString result;
     QChar end; // of the tag or reference that is being copied
     int length = 0; // of the word so far
@@ -24,4 +29,9 @@ QString breakableText(const QString &html, int run)
         }
     }
     return result;
+}
+
+QString withoutBreaks(QString text)
+{
+    return text.remove(mayBreak);
 }

@@ -106,6 +106,7 @@ void Popup::applyProductSettings()
 void Popup::connectAll()
 {
     connect(ui->bClose, &QPushButton::clicked, this, &Popup::buttonCloseClicked);
+    connect(QGuiApplication::clipboard(), &QClipboard::changed, this, &Popup::cleanCopy);
     connect(ui->buttonBox, &QDialogButtonBox::clicked, this, QOverload<QAbstractButton *>::of(&Popup::buttonClicked));
     if (const QScreen *screen = QGuiApplication::primaryScreen())
         connect(screen, &QScreen::logicalDotsPerInchChanged, this, &Popup::guiScale);

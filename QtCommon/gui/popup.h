@@ -2,6 +2,7 @@
 
 #include "gui/gui_dialog.h"
 
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QPointer>
 #include <QSize>
@@ -93,6 +94,7 @@ private:
     int leastWidth() const;
     int heightFor(int width) const;
     void wrapAtScreen(int room);
+    void cleanCopy(QClipboard::Mode mode);
     QSize screenRoom() const;
 
     std::unique_ptr<Ui::Popup> ui;

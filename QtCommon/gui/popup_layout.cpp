@@ -284,6 +284,19 @@ void Popup::wrapAtScreen(int room)
         ui->lText->setText(breakableText(ui->lText->text(), unbrokenLetters));
 }
 
+// What the user copies of the message is without the marks at which its lines may break: a path with them is no file's.
+void Popup::cleanCopy(QClipboard::Mode mode)
+{
+    if (!ui->lText->hasSelectedText())
+        return;
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    const QString copied = clipboard->text(mode);
+    const QString clean = withoutBreaks(copied);
+    // Another program's copy is none of this dialog's business.
+    if (clean != copied && copied == ui->lText->selectedText().replace(QChar::ParagraphSeparator, '\n'))
+        clipboard->setText(clean, mode);
+}
+
 // What the screen leaves to the frame.
 QSize Popup::screenRoom() const
 {

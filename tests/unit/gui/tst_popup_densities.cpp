@@ -7,6 +7,7 @@
 
 #include "base/settings.h"
 
+#include <QClipboard>
 #include <QFontDatabase>
 #include <QScreen>
 
@@ -168,6 +169,34 @@ private slots:
         shown({ "", "", "plik /home/jan/a.txt", QSize(), QDialogButtonBox::Close }, [](Popup &popup) {
             QVERIFY(!label(popup, "lText")->wordWrap());
             QVERIFY(!label(popup, "lText")->text().contains(QChar(0x200B)));
+        });
+    }
+
+    // A path with them in it would be nobody's.
+    void copyOfAWrappedPathHasNoBreaks()
+    {
+        const QString path = "/home/" + QString("w").repeated(400);
+        shown({ "", "", "Nie można zapisać pliku: " + path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+            auto *text = label(popup, "lText");
+            QVERIFY(text->text().contains(QChar(0x200B)));
+            QTest::keySequence(text, QKeySequence::SelectAll);
+
+            QTest::keySequence(text, QKeySequence::Copy);
+
+            QCOMPARE(QGuiApplication::clipboard()->text(), "Nie można zapisać pliku: " + path);
+        });
+    }
+
+    void copyOfAnotherProgramStaysAsItIs()
+    {
+        const QString other = "a" + QString(QChar(0x200B)) + "b";
+        const QString path = "/home/" + QString("w").repeated(400);
+        shown({ "", "", path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+            QTest::keySequence(label(popup, "lText"), QKeySequence::SelectAll);
+
+            QGuiApplication::clipboard()->setText(other);
+
+            QCOMPARE(QGuiApplication::clipboard()->text(), other);
         });
     }
 

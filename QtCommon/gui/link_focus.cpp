@@ -50,10 +50,9 @@ bool LinkSpeech::eventFilter(QObject *object, QEvent *event)
     return QObject::eventFilter(object, event);
 }
 
+// A text that has been left has nothing selected.
 void LinkSpeech::tellLink(QWidget *text)
 {
-    if (!text->hasFocus())
-        return;
     if (auto *label = qobject_cast<QLabel *>(text)) {
         if (!label->hasSelectedText())
             return;

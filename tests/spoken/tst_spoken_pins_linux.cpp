@@ -200,7 +200,8 @@ QVector<Story> unblockStories()
               + QStringList { ">Zmień PIN", "space", "=pageBlockedPuk_2", "?zablokowany", "read" } + back },
         { "pin-unblock", "Na klawiaturze czytnika", "locked-qualified", pinpad,
           unblock("Odblokuj PIN")
-              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN odblokowany na klawiaturze czytnika", "&PIN został odblokowany", "read" }
+              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN odblokowany na klawiaturze czytnika",
+                              "&PIN został odblokowany", "read" }
               + back },
         { "pin-unblock", "Przerwane na czytniku", "locked-qualified", pinpad,
           unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "&anulowane", "read" }
@@ -214,7 +215,9 @@ QVector<Story> unblockStories()
               + QStringList { ">Nadaj PIN", "space", "?Niepoprawny PUK", "read" } + back },
         { "pin-first", "Na klawiaturze czytnika", "first-pin", pinpad,
           unblock("Nadaj PIN")
-              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN nadany na klawiaturze czytnika", "&PIN został nadany", "read" } + back },
+              + QStringList { "!czytnik czeka na klawisze", "read", "!PIN nadany na klawiaturze czytnika",
+                              "&PIN został nadany", "read" }
+              + back },
         { "pin-first", "Przerwane przez czytnik", "first-pin", pinpad,
           unblock("Nadaj PIN") + QStringList { "!czytnik przerywa", "&przerwane", "read" } + back },
         { "puk-blocked", "Zablokowany dowód", "locked-puk", nullptr,

@@ -142,9 +142,8 @@ void Window::updateApp()
         return;
     ipc->msgToMonitor(IpcMsg { { "updateApp", "true" } });
     ui->bUpdate->setText("Aktualizuję");
-    // A change of the button on which the user stands is told by itself.
-    if (!ui->bUpdate->hasFocus())
-        focusAloud(ui->bUpdate);
+    // Told before the buttons go off, and the focus with them.
+    focusAloud(ui->bUpdate);
     leaveFocus();
     ui->bUpdateArrow->setEnabled(false);
     ui->bUpdate->setEnabled(false);

@@ -9,6 +9,7 @@
 #include "card/card_results.h"
 #include "card/card_tables.h"
 #include "gui/secret_text.h"
+#include "gui/spoken_focus.h"
 #include "ui_window.h"
 
 #include <QDebug>
@@ -97,10 +98,17 @@ void Window::describePukPage()
 
 void Window::waitToUnblockPin()
 {
-    ui->bWroc->hide();
-    ui->bSettings->setEnabled(false);
-    ui->bHelp->setEnabled(false);
-    ui->cbReaders->setEnabled(false);
+    const QWidget *before = focusWidget();
+    {
+        // From one that goes off the focus would go to the next, which is about to go off too.
+        const FocusPause pause;
+        ui->bWroc->hide();
+        ui->bSettings->setEnabled(false);
+        ui->bHelp->setEnabled(false);
+        ui->cbReaders->setEnabled(false);
+    }
+    if (QWidget *focus = focusWidget(); focus && focus != before)
+        focusAloud(focus);
     if (card.pukIsBlocked()) {
         moveToBlockedPukPage();
         qDebug().noquote() << "PUK is blocked! tries left=" << card.pukTries;

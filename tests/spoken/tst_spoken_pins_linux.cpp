@@ -1,5 +1,7 @@
 #include "spoken/story_test.h"
 
+#include "gui/spoken_focus.h"
+
 // The pages of the PINs, filled by keys and at a keypad, and what each result is told as.
 namespace {
 
@@ -60,6 +62,17 @@ void padReject(Driver &driver)
     answer(driver, sim::PadAnswer::Kind::Reject);
 }
 
+// The user is quick: on the footer before the reader begins.
+void quickUser(Driver &driver)
+{
+    {
+        const FocusPause pause;
+        driver.click("bChangePinQualifiedCert");
+        driver.find("bSettings")->setFocus();
+    }
+    driver.waitForPad();
+}
+
 void padCancel(Driver &driver)
 {
     answer(driver, sim::PadAnswer::Kind::Cancel);
@@ -88,6 +101,7 @@ const Happenings happenings {
     { "PIN odblokowany na klawiaturze czytnika", padUnblock },
     { "PIN nadany na klawiaturze czytnika", padFirstPin },
     { "czytnik czeka na klawisze", padWaits },
+    { "czytnik zaczyna, gdy fokus jest na „Ustawieniach”", quickUser },
     { "dwa różne PIN-y na klawiaturze czytnika", padMismatch },
     { "czytnik przerywa", padReject },
     { "czerwony przycisk C na klawiaturze czytnika", padCancel },
@@ -203,6 +217,12 @@ QVector<Story> unblockStories()
               + QStringList { "!czytnik czeka na klawisze", "read", "!PIN odblokowany na klawiaturze czytnika",
                               "&PIN został odblokowany", "read" }
               + back },
+        { "pin-unblock",
+          "Fokus na przycisku, który staje się nieczynny",
+          "locked-qualified",
+          pinpad,
+          { "!czytnik zaczyna, gdy fokus jest na „Ustawieniach”", "&Minimalizuj",
+            "!czerwony przycisk C na klawiaturze czytnika", "&anulowane" } },
         { "pin-unblock", "Przerwane na czytniku", "locked-qualified", pinpad,
           unblock("Odblokuj PIN") + QStringList { "!czerwony przycisk C na klawiaturze czytnika", "&anulowane", "read" }
               + back },

@@ -49,7 +49,23 @@ QString keyWord(const QString &key)
 
 } // namespace
 
-StoryTeller::StoryTeller()
+// Each answer of the card's worker changes what is shown, and what it takes away may just have been asked for.
+class StoryTeller::AnswerWatch : public QObject {
+public:
+    explicit AnswerWatch(StoryTeller &teller) : story(teller) { }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::MetaCall)
+            story.snapshot();
+        return false;
+    }
+
+private:
+    StoryTeller &story;
+};
+
+StoryTeller::StoryTeller() : answers(std::make_unique<AnswerWatch>(*this))
 {
     static Keys keys;
     // Whatever the focus comes to is said at a moment at which this is shown.
@@ -264,6 +280,7 @@ void StoryTeller::open(const Story &story)
     driver.world.reset();
     Driver::writeReadersConf(QByteArray(reader) + "=E65535\r\n");
     driver.openWindow();
+    driver.window->installEventFilter(answers.get());
     if (!Driver::waitFor([this] { return driver.window->isActiveWindow(); }) || !ear.waitForProgram())
         fault("the window does not come up");
     if (story.card[0] && !driver.showCard(story.card, reader, story.prepare))

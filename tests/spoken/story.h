@@ -9,9 +9,9 @@
 // A page in one of its states, worked by keys alone.
 //
 // The steps are words: a key by its name for X ("space", "shift+Tab"); ">NAME", Tab as often as it takes to hear a stop
-// whose name begins so; "#1234", digits that are typed; "?TEXT", waiting until that is said; "&TEXT", the same, and that it
-// is the first stop that is heard since the last key or happening; "=PAGE", waiting for the page; "read", all stops once
-// round with Tab; "!NAME", something that happens in the world, from the story's own list.
+// whose name begins so; "#1234", digits that are typed; "?TEXT", waiting until that is said; "&TEXT", the same, and
+// that it is the first stop that is heard since the last key or happening; "=PAGE", waiting for the page; "read", all
+// stops once round with Tab; "!NAME", something that happens in the world, from the story's own list.
 // "(KEY" opens a dialog, and what follows up to ")" is done in it.
 struct Story {
     const char *page; // of the protocol
@@ -47,7 +47,7 @@ public:
     Driver driver;
 
 private:
-    class FocusWatch;
+    class AnswerWatch;
 
     void step(const QString &words, const Happenings &happenings);
     void playDialog(const QString &key, const QStringList &steps, const Happenings &happenings);
@@ -63,6 +63,7 @@ private:
     void fault(const QString &text);
     QWidget *shownWindow() const;
 
+    std::unique_ptr<AnswerWatch> answers;
     Ear ear;
     QMap<QString, QStringList> protocols; // lines by page
     QStringList lines;

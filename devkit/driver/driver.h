@@ -13,7 +13,7 @@
 // taken too long.
 class Driver {
 public:
-    static constexpr int patience = 15000; // ms
+    static constexpr int patience = 60000; // ms, for a busy machine too
 
     // Once a process, after the QApplication: version, resources, fonts.
     static void setUpApplication();

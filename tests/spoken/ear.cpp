@@ -10,8 +10,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <QWindow>
-
-#include <functional>
+#include <QtTest>
 
 namespace {
 
@@ -121,7 +120,8 @@ bool Ear::start()
 
 bool Ear::waitForProgram()
 {
-    return runUntil([this] { return ask().trimmed() != "null"; });
+    // The bus tells this thread nothing of it.
+    return QTest::qWaitFor([this] { return ask().trimmed() != "null"; }, patience);
 }
 
 QByteArray Ear::ask()
@@ -136,11 +136,12 @@ QByteArray Ear::ask()
     return listener.readLine();
 }
 
-QVector<Heard> Ear::hear()
+QVector<Heard> Ear::hear(const std::function<void()> &atTheEnd)
 {
     // Timers without delay and posted events: what follows from a key at once.
     for (int i = 0; i < 3; ++i)
         QCoreApplication::processEvents();
+    atTheEnd();
     QVector<Heard> all;
     for (const QJsonValue &value : QJsonDocument::fromJson(ask()).array()) {
         const QJsonObject told = value.toObject();

@@ -6,6 +6,7 @@
 #include <QVector>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 // One thing that a screen reader says: of what got the focus, of a window that came up, of a change.
@@ -35,8 +36,9 @@ public:
     // With its first window the program appears on the bus.
     bool waitForProgram();
 
-    // All that was said since the last call, after what the program does by itself has been done.
-    QVector<Heard> hear();
+    // All that was said since the last call, after what the program does by itself has been done. What happens behind
+    // `atTheEnd` is of the next call, though it may be done before this one returns.
+    QVector<Heard> hear(const std::function<void()> &atTheEnd = [] {});
 
     // Presses a key by its name for X, and returns when the program has seen it let go.
     bool press(const QString &key);

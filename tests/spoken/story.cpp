@@ -82,9 +82,12 @@ QWidget *StoryTeller::shownWindow() const
 
 void StoryTeller::snapshot()
 {
-    if (QWidget *window = driver.window ? shownWindow() : nullptr)
-        seen << shownTexts(window);
-    seen.removeDuplicates();
+    const QWidget *window = driver.window ? shownWindow() : nullptr;
+    const QStringList texts = window ? shownTexts(window) : QStringList();
+    for (QStringList *list : { &seen, &seenSinceBell }) {
+        *list << texts;
+        list->removeDuplicates();
+    }
 }
 
 void StoryTeller::fault(const QString &text)
@@ -130,7 +133,10 @@ void StoryTeller::note(const Heard &heard)
 void StoryTeller::listen()
 {
     snapshot();
-    const QVector<Heard> all = ear.hear();
+    const QVector<Heard> all = ear.hear([this] {
+        seenSinceBell.clear();
+        snapshot();
+    });
     snapshot();
     loaderSeen = loaderSeen || seen.contains("Trwa odczyt danych ICAO") || seen.contains("Trwa odczyt danych z karty");
     QStringList said;
@@ -141,7 +147,7 @@ void StoryTeller::listen()
     }
     for (const QString &strange : Comparison::notShown(said, seen, onlySpoken(), &used))
         fault("heard and not shown: " + strange);
-    seen.clear();
+    seen = seenSinceBell;
 }
 
 void StoryTeller::press(const QString &key)
@@ -286,9 +292,13 @@ void StoryTeller::open(const Story &story)
     if (story.card[0] && !driver.showCard(story.card, reader, story.prepare))
         fault("the card is not read");
     // How a card is read is a story of its own.
-    for (const Heard &heard : ear.hear())
+    const QVector<Heard> before = ear.hear([this] {
+        seenSinceBell.clear();
+        snapshot();
+    });
+    for (const Heard &heard : before)
         last = heard;
-    seen.clear();
+    seen = seenSinceBell;
 }
 
 void StoryTeller::play(const Story &story, const Happenings &happenings)

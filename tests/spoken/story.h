@@ -70,7 +70,8 @@ private:
     QStringList wrong;
     QStringList heardHere; // since the last reading began
     QStringList stops; // since the last key or happening
-    QStringList seen; // shown at any moment since the last comparison
+    QStringList seen; // shown at any moment at which what is heard next was said
+    QStringList seenSinceBell; // that part of it which the next comparison needs too
     QStringList used;
     Heard last;
     int utterances = 0;

@@ -109,6 +109,9 @@ QVector<Story> settingsStories()
         { "settings", "Firefox podłączony i odłączony", "anna", nullptr,
           toSettings + QStringList { ">" + firefox, "space", ">Ustaw" } + onResult("Podłączono")
               + QStringList { ">" + firefox, "space", ">Ustaw" } + onResult("Odłączono") + backHome },
+        { "settings", "Firefox bez profilu", "anna", nullptr,
+          toSettings + QStringList { ">" + firefox, "space", ">Ustaw" } + onResult("Nie udało się odnaleźć profilu")
+              + backHome },
         { "settings", "Nic nie zmienione w dodatkowych ustawieniach", "anna", nullptr,
           toSettings + QStringList { ">Używaj starszego", "Tab" } + onResult("pozostały bez zmian") + backHome },
         { "settings", "Numer CAN nie będzie zapamiętywany", "anna", nullptr,
@@ -191,7 +194,12 @@ private slots:
         programs = std::make_unique<FakePrograms>();
         programs->install("bin/firefox");
     }
-    void init() { profile = std::make_unique<ProfileFolder>(profilePath(), "128.0"); }
+    void init()
+    {
+        // The window looks for it when it opens.
+        if (!QString(QTest::currentDataTag()).contains("bez profilu"))
+            profile = std::make_unique<ProfileFolder>(profilePath(), "128.0");
+    }
     void cleanup()
     {
         otherProgram.reset();

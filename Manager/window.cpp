@@ -338,7 +338,7 @@ bool Window::isPinPage() const
 
 void Window::enterPage(QWidget *page, const QString &title, const QString &subtitle)
 {
-    leaveFocus();
+    leaveFocus(this);
     ui->cbReaders->setEnabled(false);
     turnTo(page);
     setPageTitle(title, subtitle);
@@ -347,18 +347,9 @@ void Window::enterPage(QWidget *page, const QString &title, const QString &subti
 // Who turns to a page says what has the focus there.
 void Window::turnTo(QWidget *page)
 {
-    leaveFocus();
+    leaveFocus(this);
     const FocusPause pause;
     ui->pager->setCurrentWidget(page);
-}
-
-// Before what has the focus is hidden: else the toolkit hands it on to what comes next, and a screen reader speaks of
-// that before it speaks of the page.
-void Window::leaveFocus()
-{
-    const FocusPause pause;
-    if (QWidget *focus = focusWidget())
-        focus->clearFocus();
 }
 
 void Window::setPageTitle(const QString &title, const QString &subtitle)

@@ -166,7 +166,6 @@ private:
     // The settings and the help are not disturbed by what happens to the card.
     bool needsNoCard() const;
     bool isPinPage() const;
-    void leaveFocus();
     void turnTo(QWidget *page);
     // For the pages on which no other reader can be chosen.
     void enterPage(QWidget *page, const QString &title, const QString &subtitle = {});

@@ -6,6 +6,7 @@
 
 #include "app/app.h"
 #include "base/common.h"
+#include "gui/spoken_focus.h"
 #include "gui/sys_info_gui.h"
 #include "ipc/ipc.h"
 #include "platform/open_outside.h"
@@ -42,7 +43,7 @@ void Window::moveToHelpPage()
 {
     if (heldMessages)
         return;
-    leaveFocus();
+    leaveFocus(this);
     ui->bHelp->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();

@@ -144,7 +144,7 @@ void Window::updateApp()
     ui->bUpdate->setText("Aktualizuję");
     // Told before the buttons go off, and the focus with them.
     focusAloud(ui->bUpdate);
-    leaveFocus();
+    leaveFocus(this);
     ui->bUpdateArrow->setEnabled(false);
     ui->bUpdate->setEnabled(false);
 }

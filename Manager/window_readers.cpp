@@ -7,6 +7,7 @@
 #include "app/app_lock.h"
 #include "base/common.h"
 #include "gui/popup.h"
+#include "gui/spoken_focus.h"
 #include "ipc/ipc.h"
 #include "reader_box.h"
 #include "reader_list.h"
@@ -122,7 +123,7 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
         return;
     }
     qDebug().noquote() << "move to disconnect page";
-    leaveFocus();
+    leaveFocus(this);
     ui->cbReaders->setEnabled(false);
     ui->frameReaders->setVisible(!hideReaders);
     loaderHide();
@@ -144,7 +145,7 @@ void Window::moveToDisconnectPage(const QString &message, bool hideReaders)
 void Window::setHomeParams()
 {
     qDebug().noquote() << "Set home page params";
-    leaveFocus();
+    leaveFocus(this);
     ui->pagerBlockedPuk->setCurrentWidget(ui->pageValidPuk);
     // While the page that holds them is still shown, else they would keep what was typed.
     clearPinFields();

@@ -37,7 +37,7 @@ void Window::moveToSettingsPage(bool standalone)
 {
     if (heldMessages)
         return;
-    leaveFocus();
+    leaveFocus(this);
     ui->bSettings->setEnabled(false);
     ui->frameReaders->hide();
     forgetPinEntries();

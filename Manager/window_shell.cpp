@@ -133,7 +133,7 @@ void Window::loaderHide()
     }
     loader->stop();
     if (ui->loadingDesc->hasFocus())
-        leaveFocus();
+        leaveFocus(this);
     ui->loading->hide();
     busyFlag = false;
 }

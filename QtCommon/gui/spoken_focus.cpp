@@ -30,6 +30,13 @@ FocusPause::~FocusPause()
     QAccessible::installUpdateHandler(before);
 }
 
+void leaveFocus(const QWidget *window)
+{
+    const FocusPause pause;
+    if (QWidget *focus = window->focusWidget())
+        focus->clearFocus();
+}
+
 void focusAloud(QWidget *widget)
 {
     if (!widget->hasFocus()) {

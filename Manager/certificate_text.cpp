@@ -19,6 +19,14 @@ QString issuer(const QStringList &parts)
     return parts.join(", ").replace(", ,", ",");
 }
 
+Holder holder(const QSslCertificate &certificate)
+{
+    const QString surname = certificate.subjectInfo("SN").join(' ');
+    QString names = certificate.subjectInfo("CN").join(' ');
+    names.chop(surname.size());
+    return { surname, names.trimmed() };
+}
+
 QString date(const QDateTime &time)
 {
     return QLocale::system().toString(time.toLocalTime().date(), "dd MMMM yyyy");

@@ -14,6 +14,13 @@ namespace CertificateText {
 QString issuer(const QSslCertificate &certificate);
 QString issuer(const QStringList &parts);
 
+// The surname, and the common name without as many characters at its end: there it stands once more.
+struct Holder {
+    QString surname;
+    QString names;
+};
+Holder holder(const QSslCertificate &certificate);
+
 // Like "17 października 2023", in the language and the time zone of the machine; empty for a time that cannot be read.
 QString date(const QDateTime &time);
 

@@ -52,6 +52,26 @@ bool namesReader(const QString &comboText)
     return !comboText.toLower().contains("brak");
 }
 
+ReadersRule readersRule(const QString &value, const QString &comboText, ReaderPage page)
+{
+    const ReaderList list = parseReaders(value);
+    if (!list.error.isEmpty())
+        return ReadersRule::Take;
+    if (page == ReaderPage::NeedsNoCard)
+        return ReadersRule::Note;
+    const bool hasReader = namesReader(comboText);
+    if (!value.isEmpty() && !hasReader)
+        return ReadersRule::Reload;
+    // An empty box is in no list, though the text behind the last "||" is empty too. Names are compared as they are
+    // shown, without the mark of a container.
+    const bool isThere = !comboText.isEmpty() && readerNames(list.names).contains(comboText);
+    if ((!value.isEmpty() || hasReader) && !isThere)
+        return ReadersRule::Reload;
+    if (page == ReaderPage::NoElectricLayer)
+        return ReadersRule::Reload;
+    return page == ReaderPage::ShowsList ? ReadersRule::Take : ReadersRule::Note;
+}
+
 bool isCanProblem(const QString &error)
 {
     return !findProblem(error);

@@ -20,6 +20,15 @@ QStringList readerNames(QStringList entries);
 // "brak".
 bool namesReader(const QString &comboText);
 
+// What a list that comes by itself makes the window do: read the readers anew, for the card on the screen, if there is
+// one, is no longer the right one; note that there is a list and go on; or take it.
+enum class ReadersRule { Reload, Note, Take };
+// The pages as far as they matter to a list: home and the one without a card, the one of a document without a chip,
+// settings and help, all others.
+enum class ReaderPage { ShowsList, NoElectricLayer, NeedsNoCard, Busy };
+// `value` is the text of the message, `comboText` that of the box.
+ReadersRule readersRule(const QString &value, const QString &comboText, ReaderPage page);
+
 // What the user sees when no card can be read.
 struct ReaderProblem {
     QString item;

@@ -1,5 +1,7 @@
 #include "text_width.h"
 
+#include <QTextDocument>
+
 QString elidedToWidth(const QString &text, int textWidth, int labelWidth)
 {
     constexpr int reserve = 20;
@@ -8,4 +10,9 @@ QString elidedToWidth(const QString &text, int textWidth, int labelWidth)
         return text;
     const double averageWidth = static_cast<double>(textWidth) / text.size();
     return text.left(qMax(0, static_cast<int>(room / averageWidth))) + "...";
+}
+
+QString plainToolTip(const QString &text)
+{
+    return Qt::mightBeRichText(text) ? "<qt>" + text.toHtmlEscaped() + "</qt>" : text;
 }

@@ -36,7 +36,6 @@
 #include <QFile>
 #include <QIcon>
 #include <QSslSocket>
-#include <QTextDocument>
 #include <QTimer>
 #include <QUrl>
 
@@ -365,7 +364,5 @@ void Window::setLabelElided(QLabel *label, const QString &text)
     label->ensurePolished();
     const QString shown = elidedToWidth(text, QFontMetrics(label->font()).horizontalAdvance(text), label->width());
     label->setText(shown);
-    // A name from a card must not become markup; a text that cannot be taken for it stays as it is.
-    const QString tip = Qt::mightBeRichText(text) ? "<qt>" + text.toHtmlEscaped() + "</qt>" : text;
-    label->setToolTip(shown == text ? QString() : tip);
+    label->setToolTip(shown == text ? QString() : plainToolTip(text));
 }

@@ -6,6 +6,7 @@
 #include "header_drag.h"
 #include "pin_fields.h"
 #include "pin_texts.h"
+#include "reader_list.h"
 #include "stuck_guard.h"
 
 #include <QByteArrayList>
@@ -207,7 +208,7 @@ private:
     // window_messages.cpp
     void ipcWindowFocus();
     void ipcReaders(const IpcMsg &m);
-    bool readersNeedReload(const QString &value, const QStringList &names, const QString &err) const;
+    ReaderPage readerPage() const;
     void askMonitorForReaders();
 
     // window_settings.cpp

@@ -10,6 +10,7 @@
 #include "base/secret_string.h"
 #include "card/card_results.h"
 #include "card/card_tables.h"
+#include "certificate_text.h"
 #include "gui/anim_widget.h"
 #include "gui/spoken_focus.h"
 #include "home_cards.h"
@@ -195,11 +196,9 @@ void Window::fillNamesFromCertificate(const QByteArray &der)
     const QList<QSslCertificate> certificates = QSslCertificate::fromData(der, QSsl::Der);
     if (certificates.isEmpty())
         return;
-    const QString surname = certificates.first().subjectInfo("SN").join(' ');
-    QString name = certificates.first().subjectInfo("CN").join(' ');
-    name.chop(surname.size());
-    ui->lsurnameVal->setText(surname);
-    setLabelElided(ui->lCommonNameVal, name.trimmed());
+    const CertificateText::Holder holder = CertificateText::holder(certificates.first());
+    ui->lsurnameVal->setText(holder.surname);
+    setLabelElided(ui->lCommonNameVal, holder.names);
 }
 
 void Window::loadedPhoto(const QByteArray &dg2)

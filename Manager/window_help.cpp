@@ -26,17 +26,6 @@ constexpr char furtherDiagnosis[] = "Dalsza diagnostyka czytników została pomi
 
 constexpr char reportPattern[] = "{version}{system}{logs}{config}{screens}{browsers}{readers}";
 
-// What the report becomes when its log folder has been made while it is shown. Rebuilding it would lose the diagnosis
-// of the readers; and the note is needed since logs are written from the next start on.
-QString withLogsActive(QString html, const QString &folder)
-{
-    html.replace("Zbieranie logów: nieaktywne",
-                 "Zbieranie logów: aktywne <a style='color:red;'>(Uruchom ponownie aplikację)</a>");
-    html.remove("[Aktywuj]");
-    const QString shown = folder.toHtmlEscaped();
-    return html.replace(shown, shown + " <a href='open_folder'>[Otwórz]</a>");
-}
-
 } // namespace
 
 void Window::moveToHelpPage()
@@ -102,7 +91,7 @@ void Window::onDiagnosticsRaportAnchorClicked(const QUrl &link)
     } else if (address == SysInfoGui::createFolder) {
         qDebug().noquote() << "Creating logs directory";
         if (QDir().mkpath(folder))
-            ui->tDiagnosticsRaport->setText(withLogsActive(ui->tDiagnosticsRaport->toHtml(), folder));
+            ui->tDiagnosticsRaport->setText(SysInfoGui::withLogsActive(ui->tDiagnosticsRaport->toHtml(), folder));
     } else if (address == SysInfoGui::clearConfig) {
         qDebug().noquote() << "Clearing config file";
         if (Common::clearReadersConf())

@@ -80,39 +80,34 @@ void Window::ipcWindowFocus()
     showWndw();
 }
 
-// Whether the card on the screen, if there is one, is no longer the right one.
-bool Window::readersNeedReload(const QString &value, const QStringList &names, const QString &err) const
+ReaderPage Window::readerPage() const
 {
-    if (!err.isEmpty() || needsNoCard())
-        return false;
-    if (!value.isEmpty() && !isReader())
-        return true;
-    // An empty box is in no list, though the text behind the last "||" is empty too.
-    const QString current = ui->cbReaders->currentText();
-    if ((!value.isEmpty() || isReader()) && (current.isEmpty() || !names.contains(current)))
-        return true;
-    return isPage(ui->pageNoElectricLayer);
+    if (needsNoCard())
+        return ReaderPage::NeedsNoCard;
+    if (isPage(ui->pageNoElectricLayer))
+        return ReaderPage::NoElectricLayer;
+    return isPage(ui->pageHome) || isPage(ui->pageDisconected) ? ReaderPage::ShowsList : ReaderPage::Busy;
 }
 
 void Window::ipcReaders(const IpcMsg &m)
 {
     const QString value = textOf(m, "readers");
     const ReaderList list = parseReaders(value);
-    // Names are compared as they are shown, without the mark of a container.
-    if (readersNeedReload(value, readerNames(list.names), list.error)) {
+    switch (readersRule(value, ui->cbReaders->currentText(), readerPage())) {
+    case ReadersRule::Reload:
         qDebug().noquote() << "load new readers";
         loadAll();
-        return;
-    }
-    if (list.error.isEmpty() && !isPage(ui->pageHome) && !isPage(ui->pageDisconected)) {
+        break;
+    case ReadersRule::Note:
         // The user is busy on another page; the list is asked for again on the way home.
         qDebug().noquote() << "New reders detected | current page: " << ui->lMainTitle->text() << ui->lSubTitle->text();
         newReaders = true;
         ui->bWroc->show();
-        return;
+        break;
+    case ReadersRule::Take:
+        qDebug().noquote() << "Loading readers from ipc:";
+        loadedReaders(list.names, list.error, textOf(m, "canAppStatus"));
     }
-    qDebug().noquote() << "Loading readers from ipc:";
-    loadedReaders(list.names, list.error, textOf(m, "canAppStatus"));
 }
 
 void Window::askMonitorForReaders()

@@ -65,6 +65,15 @@ QString SysInfoGui::richText(const QString &report, const QString &screens, cons
     return text.replace("Architektura", tr("Architektura"));
 }
 
+QString SysInfoGui::withLogsActive(QString html, const QString &logsDir)
+{
+    html.replace("Zbieranie logów: nieaktywne",
+                 "Zbieranie logów: aktywne <a style='color:red;'>(Uruchom ponownie aplikację)</a>");
+    html.remove("[Aktywuj]");
+    const QString shown = logsDir.toHtmlEscaped();
+    return html.replace(shown, shown + " <a href='open_folder'>[Otwórz]</a>");
+}
+
 QString SysInfoGui::escaped(const QString &text)
 {
     return text.toHtmlEscaped().replace('\n', lineBreak);

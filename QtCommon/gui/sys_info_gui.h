@@ -31,6 +31,10 @@ public:
     // The plain report made rich.
     static QString richText(const QString &report, const QString &screens, const QString &logsDir);
 
+    // What a view's HTML becomes when the log folder has been made while the report is shown. Rebuilding it would lose
+    // the diagnosis of the readers; and the note is needed since logs are written from the next start on.
+    static QString withLogsActive(QString html, const QString &logsDir);
+
     // Plain text for a place of rich text, its lines kept.
     static QString escaped(const QString &text);
 };

@@ -1,43 +1,32 @@
 #include "fuzz/dg_probe.h"
 #include "fuzz/fuzz_target.h"
-#include "support/dg_builder.h"
-
-#include <QtGlobal>
-
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
-void discard(QtMsgType, const QMessageLogContext &, const QString &) { }
+// What the field says where there is no card at all.
+QString withoutData(const DgProbe::Text &text)
+{
+    DGParser empty;
+    return text.read(empty);
+}
 
 } // namespace
 
-std::vector<QByteArray> fuzzSeeds()
-{
-    using namespace DgBuilder;
-
-    Dg2 smallPicture;
-    smallPicture.picture = jpeg(40);
-    Dg13 longNames;
-    longNames.surname = QByteArray(100, 'A');
-    Dg13 oddTagList;
-    oddTagList.tagList = QByteArray::fromHex("5F605F615F");
-    Dg13 noSecondName;
-    noSecondName.secondName.clear();
-    return { Dg1().file(),  Dg2().file(),     smallPicture.file(), Dg11().file(),      Dg12().file(),
-             Dg13().file(), longNames.file(), oddTagList.file(),   noSecondName.file() };
-}
-
+// A file of the card, as each of the five data groups, and nothing of it once it is taken away.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static const QtMessageHandler before = qInstallMessageHandler(discard);
-    Q_UNUSED(before)
-
+    Fuzz::silence();
     const QString complaint = DgProbe::complaint(reinterpret_cast<const char *>(data), size);
-    if (!complaint.isEmpty()) {
-        std::fprintf(stderr, "%s\n", qPrintable(complaint));
-        std::abort();
-    }
+    Fuzz::require(complaint.isEmpty(), complaint);
+
+    DGParser parser;
+    for (const char *group : { "DG1", "DG2", "DG11", "DG12", "DG13" })
+        parser.loadDg(group, QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)));
+    for (const DgProbe::Text &text : DgProbe::texts)
+        text.read(parser);
+    parser.clearDg();
+    Fuzz::require(parser.photo().isEmpty(), "the picture stays");
+    for (const DgProbe::Text &text : DgProbe::texts)
+        Fuzz::require(text.read(parser) == withoutData(text), QString(text.name) + " stays");
     return 0;
 }

@@ -2,27 +2,13 @@
 #include "support/byte_bus.h"
 #include "support/plain_parser.h"
 
-#include <QtGlobal>
-
-#include <cstdio>
-#include <cstdlib>
-
 // A message as it may stand in a segment: read, logged and received, by a program that has agreed on a key and by one
-// that waits for a reply.
+// that waits for a reply; then answered, forwarded, and used as a key.
 namespace {
 
 // A little more than a segment has.
 constexpr int longest = 600;
 const char *const secretKeys[] = { "checkCan", "setCanToVerify", "setCanVerified" };
-
-void discard(QtMsgType, const QMessageLogContext &, const QString &) { }
-
-// A message of its own as a test for the encryption, whose key stream is the id's.
-QByteArray encrypted(const QByteArray &inner)
-{
-    return "<encID>k</encID><from>velmor_monitor</from><msg>" + Crypto::encryptValue(inner, "key")
-        + "</msg><to>velmor_manager</to>";
-}
 
 QString readWrong(const QByteArray &text, const IpcMsg &message)
 {
@@ -75,37 +61,131 @@ QString receivedWrong(const IpcMsg &message)
     return {};
 }
 
-} // namespace
-
-std::vector<QByteArray> fuzzSeeds()
+// What goes out again: to the sender, encrypted if it came so, and the peer with the same key reads what was meant.
+QString answeredWrong(const IpcMsg &sent)
 {
-    const QByteArray addresses = "<from>velmor_monitor</from><to>velmor_manager</to>";
-    return { "<canAppStatus>canClosed</canAppStatus><readers>0:Czytnik Alfa||1:Czytnik Żółw||</readers>" + addresses,
-             "<diagnoseReaders>Liczba czytników: 2\n- Czytnik</diagnoseReaders>" + addresses,
-             "<close>1</close><windowFocus>1</windowFocus><reply>0</reply>" + addresses,
-             "<checkCan>274951</checkCan><setCanToVerify>274951</setCanToVerify><setCanVerified>1</setCanVerified>",
-             "<x><checkCan>274951</checkCan></x>" + addresses,
-             "<A>0123456789abcdef</A><encID>k</encID>" + addresses,
-             "<B>0123456789abcdef</B><encID>k</encID><from>velmor_can</from><to>velmor_manager/req0123</to>",
-             encrypted("<close>1</close><reply>0</reply>"),
-             encrypted("<from>inner</from><setCanToVerify>274951</setCanToVerify><to>elsewhere</to>"),
-             "<a><b><a></b></a><//a></a><</</>>",
-             QByteArray("<a>").repeated(100) + "</a>" };
+    ByteBusProgram program("velmor_manager");
+    program.keepKey("k", "key");
+    program.receive(sent);
+    if (program.heard.isEmpty())
+        return {};
+    const IpcMsg message = program.heard.takeFirst();
+    IpcMsg answer { { "windowFocus", true } };
+    if (!program.sendResponse(message, answer))
+        return "no answer to what was heard";
+    IpcMsg toStranger = message;
+    toStranger.setEncryptionId("nobody's");
+    if (program.sendResponse(toStranger, answer) || program.sent.size() != 1)
+        return "an answer under a key that there is not";
+    if (IpcMsg(program.sent.first()).to() != message.from() && !message.from().contains('<'))
+        return "an answer to another address";
+    if (IpcMsg(program.sent.first()).shmKey().contains('/'))
+        return "a request's mark in the key of a segment";
+    ByteBusProgram peer("velmor_monitor");
+    peer.keepKey("k", "key");
+    peer.receive(IpcMsg(program.sent.takeFirst()));
+    // An address of hostile text may be read as something else; a plain one may not.
+    const bool plainAddress = message.from() == "velmor_monitor";
+    if (plainAddress && (peer.heard.size() != 1 || peer.heard.first().param("windowFocus") != "1"))
+        return "the peer reads another answer";
+    return {};
 }
+
+// A reply counts once, and only to the request that is open.
+QString repliedWrong(IpcMsg message)
+{
+    ByteBusProgram program("velmor_manager");
+    program.receive(message);
+    program.sendReceiveFin(message); // asked by nobody
+    const auto ask = [&program] {
+        return program.sendReceive({ { "checkForUpdate", 1 } }, &program, SLOT(msgToCan(IpcMsg)));
+    };
+    if (!ask() || ask())
+        return "no request, or two at a time";
+    message.setTo(IpcMsg(program.sent.takeLast()).from() + (message.to().endsWith('x') ? "x" : ""));
+    program.receive(message);
+    const bool ended = ask();
+    if (ended == message.to().endsWith('x'))
+        return "a reply to another request was taken, or its own was not";
+    program.sendReceiveTimeout();
+    program.receive(message); // too late for the one, unasked by the other
+    program.deaf = true;
+    if (ask() || ask())
+        return "a request that was not sent is open";
+    program.deaf = false;
+    if (!ask())
+        return "a request has no end";
+    return {};
+}
+
+QString forwardedWrong(const IpcMsg &message)
+{
+    ByteBusProgram program("velmor_manager");
+    IpcProxy proxy(&program, "velmor_manager");
+    proxy._received(message);
+    if (!message.to().startsWith("velmor_manager") && !program.heard.isEmpty())
+        return "a message to somebody else is handed on";
+    const QByteArray segments[] = { "velmor_can", "velmor_ctk", "velmor_manager", "velmor_monitor" };
+    void (IpcBase::*const ways[])(IpcMsg) = { &IpcBase::msgToCan, &IpcBase::msgToCtk, &IpcBase::msgToManager,
+                                              &IpcBase::msgToMonitor };
+    IpcMsg plain = message;
+    plain.setEncryptionId({});
+    for (std::size_t i = 0; i < std::size(ways); ++i) {
+        program.sent.clear();
+        (program.*ways[i])(plain);
+        for (const QByteArray &sent : qAsConst(program.sent)) {
+            if (IpcMsg(sent).to() != segments[i] && !sent.contains("<<") && IpcMsg(sent).keys() == message.keys())
+                return "a message to another program";
+        }
+    }
+    return {};
+}
+
+QString cryptoWrong(const QByteArray &text)
+{
+    constexpr int mostKeys = 64;
+    Crypto crypto;
+    for (int i = 0; i < mostKeys; ++i)
+        crypto.storeKey(QByteArray::number(i), "old");
+    crypto.storeKey(text, "new");
+    if (crypto.getKey(text) != "new" || crypto.getKey(QByteArray::number(mostKeys - 2)).isEmpty())
+        return "another key than the last one stored";
+    const QByteArray encrypted = crypto.encrypt(text, text);
+    if (crypto.encrypt(encrypted, text) != text || encrypted.size() != text.size())
+        return "a text that is not its own inverse";
+    crypto.storeKey(text, "key");
+    const QByteArray transformed = crypto.encrypt(text, text);
+    for (int i = 0; i < text.size(); ++i) {
+        if (transformed[i] != static_cast<char>(text[i] ^ "key"[i % 3]))
+            return "a byte transformed by another place of the key";
+    }
+    if (!crypto.encrypt(text, "nobody's").isEmpty() && text != "nobody's")
+        return "encrypted under no key";
+    QByteArray own;
+    const QByteArray key = crypto.generateKey(text, own);
+    if (key.isEmpty() != text.isEmpty() || own.isEmpty() != text.isEmpty() || own.size() > 128)
+        return "an agreement of another size";
+    if (!crypto.generateKey({}, own).isEmpty() || !own.isEmpty() || !crypto.encrypt({}, text).isEmpty())
+        return "something made of nothing";
+    if (Crypto::deriveKey(text).size() != 6 || Crypto::deriveKey(text) != Crypto::deriveKey(text))
+        return "a derived key of another size, or two of one seed";
+    // It takes most of the time, and nothing of the text.
+    if (text.size() % 64 == 0 && QByteArray::fromHex(Crypto::generateSeed()).size() != 32)
+        return "a seed of another size";
+    return {};
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static const QtMessageHandler before = qInstallMessageHandler(discard);
-    Q_UNUSED(before)
-
+    Fuzz::silence();
     const auto length = static_cast<int>(qMin(size, std::size_t(longest)));
     const QByteArray text = QByteArray::fromRawData(reinterpret_cast<const char *>(data), length);
     const IpcMsg message(text);
-    for (const QString &complaint : { readWrong(text, message), loggedWrong(message), receivedWrong(message) }) {
-        if (!complaint.isEmpty()) {
-            std::fprintf(stderr, "%s\n", qPrintable(complaint));
-            std::abort();
-        }
-    }
+    for (const QString &complaint :
+         { readWrong(text, message), loggedWrong(message), receivedWrong(message), answeredWrong(message),
+           repliedWrong(message), forwardedWrong(message), cryptoWrong(text) })
+        Fuzz::require(complaint.isEmpty(), complaint);
     return 0;
 }

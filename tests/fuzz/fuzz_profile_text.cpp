@@ -1,3 +1,4 @@
+#include "base/common.h"
 #include "browser/profile_text.h"
 #include "fuzz/fuzz_target.h"
 
@@ -5,23 +6,14 @@
 #include <QStringList>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 // The files of a browser's profile, whatever stands in them: both edits and both checks.
 namespace {
 
 using namespace ProfileText;
+using Fuzz::require;
 
 const QString module("/opt/velmor/velmor-pkcs11-64.so");
-
-void require(bool holds, const char *what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
 
 // The lines that an edit may keep: those with something in them.
 QStringList linesOf(const QString &text)
@@ -74,31 +66,31 @@ void checkPreference(const QString &text)
     }
 }
 
-} // namespace
-
-std::vector<QByteArray> fuzzSeeds()
+// The patterns by which these files are read, against a search by hand. Of a text, its lines are marks as well.
+void checkSlices(const QString &text)
 {
-    const QByteArray others = "library=\r\nname=NSS Internal PKCS #11 Module\r\nNSS=Flags=internal\r\n\r\n"
-                              "library=/usr/lib/p11-kit-proxy.so\r\nname=p11\r\n";
-    const QByteArray entry =
-        moduleEntry(module, "velmor (64 bits)", "slotParams={0x0=[slotFlags=PublicCerts]}").toUtf8();
-    const QByteArray preferences = "// Mozilla\r\nuser_pref(\"a\", 1);\r\n\r\n";
-    const QByteArray line = "user_pref(\"security.osclientcerts.autoload\", true);\r\n";
-    return { others,
-             others + entry,
-             entry + others,
-             "\tLIBRARY = velmor-pkcs11 \r\n \r\nlibrary\r\nname=x",
-             QByteArray(others + entry).replace("\r\n", "\n"),
-             preferences,
-             preferences + line,
-             "//" + line + preferences + line,
-             QByteArray(line + preferences).replace("\r\n", "\n") };
+    require(sliceText(text, "^^", "none") == "none", "a pattern without a mark");
+    const QStringList marks = text.split('\n').mid(0, 4) + QStringList("=");
+    for (const QString &mark : marks) {
+        for (const char *ends : { "^^", "^$", "$^", "$$" }) {
+            if (mark.isEmpty())
+                continue;
+            const int first = text.indexOf(mark);
+            const int at = ends[0] == '^' ? first : text.lastIndexOf(mark);
+            const QString found = sliceText(text, ends[0] + mark + ends[1], "none");
+            const QString kept = ends[1] == '$' ? text.mid(at + mark.size()) : text.left(at);
+            require(found == (first < 0 ? "none" : kept), "another slice than the mark leaves");
+        }
+    }
 }
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<int>(size));
     checkModules(text);
     checkPreference(text);
+    checkSlices(text);
     return 0;
 }

@@ -36,7 +36,8 @@ struct Browser {
 std::optional<Browser> readPlainly(const QByteArray &ini)
 {
     static const QRegularExpression plain("\\A(\\[Compatibility\\]\\n)(\\w+=[\\w./-]*\\n)*\\z");
-    const QString text = QString::fromLatin1(ini);
+    // With its size, or a zero byte would hide the rest.
+    const QString text = QString::fromLatin1(ini.constData(), ini.size());
     if (!plain.match(text).hasMatch())
         return {};
     Browser browser;

@@ -1,6 +1,7 @@
 #include "support/flow.h"
 
 #include "app/app.h"
+#include "support/widget_watch.h"
 
 #include <QFile>
 
@@ -8,6 +9,7 @@ void Flow::setUpApplication()
 {
     App::instance()->init("Menedżer", VELMOR_TEST_ROOT, "x86_64", "Manager");
     Driver::setUpApplication();
+    watchWidgets();
 }
 
 Flow::Flow()

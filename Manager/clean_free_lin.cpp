@@ -10,7 +10,8 @@
 
 extern "C" {
 
-void __libc_free(void *block);
+// The C library's own name for it.
+void __libc_free(void *block); // NOLINT(bugprone-reserved-identifier)
 
 __attribute__((visibility("default"))) void free(void *block)
 {

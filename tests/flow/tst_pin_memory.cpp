@@ -63,7 +63,8 @@ private slots:
         QTest::addColumn<bool>("pinLocked");
         QTest::addColumn<QString>("end");
         for (const bool pinLocked : { false, true }) {
-            for (const char *end : { "sent", "cancelled", "settings", "no card" })
+            // A refused PUK stays in its field: the hints of the next visit go by it.
+            for (const char *end : { "sent", "refused, home, visited", "cancelled", "settings", "no card" })
                 QTest::addRow("%s, %s", pinLocked ? "unblock" : "change", end) << pinLocked << end;
         }
     }
@@ -79,6 +80,17 @@ private slots:
             click(pinLocked ? "bChangePinPuk" : "bChangePin");
             QVERIFY(waitForPage("pageCorrectChange"));
             QVERIFY(pinLocked ? showsUnblock(CardResult::done) : showsChange(CardResult::done));
+        } else if (end.startsWith("refused")) {
+            // The card has others by now.
+            sim::CardState state = *world.cardState("anna");
+            state.puk = "00000000";
+            state.pins[sim::Qualified].pin = "00000000";
+            QVERIFY(world.setCardState("anna", state));
+            click(pinLocked ? "bChangePinPuk" : "bChangePin");
+            QVERIFY(waitForPage("pageCorrectChange"));
+            click("bWrocPin");
+            QVERIFY(waitForPage("pageHome"));
+            openPinPage(sim::Qualified);
         } else if (end == "cancelled") {
             click(pinLocked ? "bCancel_2" : "bCancel");
         } else if (end == "settings") {

@@ -124,8 +124,8 @@ public:
         if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || !file.seek(from)
             || file.read(bytes.data(), count) != count)
             return hidden;
-        for (char &byte : bytes)
-            byte = char(~byte);
+        for (char &one : bytes)
+            one = char(~one);
         hidden.turned = bytes;
         return hidden;
     }
@@ -133,8 +133,8 @@ public:
     HiddenBytes widened() const
     {
         HiddenBytes wide;
-        for (const char byte : turned)
-            wide.turned.append(byte).append(char(~'\0'));
+        for (const char one : turned)
+            wide.turned.append(one).append(char(~'\0'));
         return wide;
     }
 

@@ -1,62 +1,19 @@
-#include "system/family_runs.h"
+#include "system/story_runs.h"
 
 #include "base/common.h"
 #include "platform/os.h"
 #include "support/fake_programs.h"
 #include "support/profile_folder.h"
 
-#include <QStandardPaths>
-
 #include "simworld/sim_world.h"
 
 // The program as a blind person has it: on a display of its own, found, read and worked over AT-SPI and by keys alone,
 // from the home page to the result. The stories are told in Python, by the desktop's own client of that interface.
-class TestScreenReader : public QObject, private FamilyRuns {
+class TestScreenReader : public QObject, private StoryRuns {
     Q_OBJECT
 
-private:
-    sim::SimWorld world;
-
-    static QString folder() { return QString(VELMOR_TEST_SOURCE_DIR) + "/tests/system/screen_reader/"; }
-
-    static bool hasModules()
-    {
-        const char *imports = "import gi; gi.require_version('Atspi', '2.0'); from gi.repository import Atspi";
-        return QProcess::execute("/usr/bin/python3", { "-c", imports }) == 0;
-    }
-
-    // Debian's own interpreter, since the modules are Debian's.
-    void runStory(const QString &story) { runStory({ story, program(), "-r", "0:Czytnik Alfa||" }, {}); }
-    void runStory(QStringList arguments, const StringMap &ofTheStory)
-    {
-        QProcess session;
-        StringMap variables { { "QT_QPA_PLATFORM", {} }, { "QT_FONT_DPI", {} },   { "QT_ACCESSIBILITY", "1" },
-                              { "DISPLAY", {} },         { "LC_ALL", "C.UTF-8" }, { "LOCPATH", {} } };
-        for (auto variable = ofTheStory.cbegin(); variable != ofTheStory.cend(); ++variable)
-            variables.insert(variable.key(), variable.value());
-        session.setProcessEnvironment(environmentWith(variables));
-        session.setProcessChannelMode(QProcess::MergedChannels);
-        arguments.first().prepend(folder());
-        session.start(folder() + "session", QStringList { "/usr/bin/python3", "-B" } + arguments);
-        constexpr int storyPatience = 150000;
-        if (!session.waitForFinished(storyPatience)) {
-            session.kill();
-            session.waitForFinished();
-        }
-        const QByteArray output = session.readAll();
-        QVERIFY2(session.exitStatus() == QProcess::NormalExit && session.exitCode() == 0, output.constData());
-    }
-
 private slots:
-    void initTestCase()
-    {
-        for (const char *tool : { "dbus-run-session", "xvfb-run", "xdotool" }) {
-            if (QStandardPaths::findExecutable(tool).isEmpty())
-                QSKIP(tool);
-        }
-        if (!hasModules())
-            QSKIP("python3-gi or gir1.2-atspi-2.0 is not installed");
-    }
+    void initTestCase() { beginStories(); }
     void init() { QVERIFY(world.reset()); }
 
     void pinIsChangedByKeyboardAndEarAlone()
@@ -107,21 +64,6 @@ private slots:
         runStory({ "settings_page.py", profile.path("user.js"), program(), "-r", "0:Czytnik Alfa||" }, {});
 
         QCOMPARE(profile.content("user.js"), QByteArray("user_pref(\"security.osclientcerts.autoload\", false);\r\n"));
-    }
-
-    // Of what the programs around it hold in its memory the card library's stand-in cleans up behind itself.
-    void nothingOfACardIsLeftInMemory()
-    {
-        QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
-        const QByteArray pin = "83714206";
-        QVERIFY(world.setPin("anna", sim::Qualified, pin.toStdString()));
-        const QStringList holder { "Wiśniewska", "Krystyna", "Tadeusz", "Zając", "87042341229", "CAA100017", "KRAKÓW" };
-
-        runStory({ "left_in_memory.py", siblingPath("velmor_send"), VELMOR_TEST_ROOT "/devkit/cards/anna", pin,
-                   holder.join('\n'), program(), "-r", "0:Czytnik Alfa||" },
-                 {});
-
-        QCOMPARE(world.cardState("anna")->pins[sim::Qualified].pin, std::string("62059384"));
     }
 
     void panelIsWorkedByKeyboardAndEarAlone()

@@ -1,6 +1,6 @@
 """What is left of a card and its PINs in the memory of the program, from the home page to the card's end.
 
-Arguments: velmor_send, the folder of the card, its PIN of Qualified, a text for each line of what its holder is called and
+The card's PIN of Authentication is locked. Arguments: velmor_send, the folder of the card, its PIN of Qualified, its PUK, a text for each line of what its holder is called and
 numbered (joined by newlines), the program with its options.
 """
 
@@ -11,8 +11,8 @@ import sys
 import program_memory
 from reader import Failure, run
 
-SEND, CARD, ACTUAL, TEXTS = sys.argv[1:5]
-WRONG, FRESH = "95317246", "62059384"
+SEND, CARD, ACTUAL, PUK, TEXTS = sys.argv[1:6]
+WRONG, FRESH, WRONG_PUK = "95317246", "62059384", "40728519"
 
 
 def personal_patterns():
@@ -25,7 +25,7 @@ def personal_patterns():
 
 
 PERSONAL = personal_patterns()
-PINS = {digits: program_memory.digits_pattern(digits) for digits in (ACTUAL, WRONG, FRESH)}
+PINS = {digits: program_memory.digits_pattern(digits) for digits in (ACTUAL, WRONG, FRESH, PUK, WRONG_PUK)}
 
 
 def expect_gone(reader, patterns, when):
@@ -57,14 +57,41 @@ def type_all(reader, actual):
     reader.wait_for_speech("Zmień PIN")
 
 
+def unblock(reader, puk, told):
+    """The fresh PIN has four digits, too few to be looked for."""
+    reader.tab_to("Odblokuj PIN: certyfikat do identyfikacji i uwierzytelniania")
+    reader.press("Return")
+    reader.tab_to("Wprowadź ośmiocyfrowy PUK")
+    for digits in (puk, "4826", "4826"):
+        reader.type(digits)
+        reader.press("Tab")
+    reader.wait_for_speech("Zmień PIN")
+    expect_all(reader, {puk: PINS[puk]}, "typed")
+    reader.press("Return")
+    reader.wait_for_speech(told)
+
+
+def back_to_home(reader):
+    reader.tab_to("Wróć")
+    reader.press("Return")
+    reader.wait_for_speech("Twoje dane z velmor")
+
+
+def open_pin_and_leave(reader):
+    back_to_home(reader)
+    open_pin_page(reader)
+    type_all(reader, FRESH)
+    reader.tab_to("Ustawienia")
+    reader.press("Return")
+    back_to_home(reader)
+
+
 def visit_pages(reader):
     """The holder's data and the certificates come to more places than the home page."""
     for button in ("Dane z velmor", "Szczegóły: certyfikat do podpisu osobistego"):
         reader.tab_to(button)
         reader.press("Return")
-        reader.tab_to("Wróć")
-        reader.press("Return")
-        reader.wait_for_speech("Twoje dane z velmor")
+        back_to_home(reader)
 
 
 def story(reader):
@@ -77,9 +104,7 @@ def story(reader):
     expect_all(reader, {name: PINS[name] for name in (WRONG, FRESH)}, "typed")
     reader.press("Return")
     reader.wait_for_speech("Niepoprawna zmiana PIN-u")
-    reader.tab_to("Wróć")
-    reader.press("Return")
-    reader.wait_for_speech("Twoje dane z velmor")
+    back_to_home(reader)
     expect_gone(reader, PINS, "after a wrong entry, on the home page")
 
     open_pin_page(reader)
@@ -91,23 +116,16 @@ def story(reader):
     open_pin_and_leave(reader)
     expect_gone(reader, PINS, "after the settings and back")
 
+    unblock(reader, WRONG_PUK, "Niepoprawne odblokowanie PIN-u")
+    # It stays in its field, for the hints of the next visit.
+    back_to_home(reader)
+    unblock(reader, PUK, "PIN został odblokowany")
+    expect_gone(reader, PINS, "after an unblock")
+
     subprocess.run([SEND, "velmor_manager", "readers", "NO_CARD"], check=True)
     reader.wait_for_speech("Brak połączenia")
     expect_gone(reader, PINS, "after the card has gone")
     expect_gone(reader, PERSONAL, "after the card has gone")
 
 
-def open_pin_and_leave(reader):
-    reader.tab_to("Wróć")
-    reader.press("Return")
-    reader.wait_for_speech("Twoje dane z velmor")
-    open_pin_page(reader)
-    type_all(reader, FRESH)
-    reader.tab_to("Ustawienia")
-    reader.press("Return")
-    reader.tab_to("Wróć")
-    reader.press("Return")
-    reader.wait_for_speech("Twoje dane z velmor")
-
-
-sys.exit(run(sys.argv[5:], story))
+sys.exit(run(sys.argv[6:], story))

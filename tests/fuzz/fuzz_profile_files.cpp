@@ -40,6 +40,11 @@ std::optional<Browser> readPlainly(const QByteArray &ini)
     const QString text = QString::fromLatin1(ini.constData(), ini.size());
     if (!plain.match(text).hasMatch())
         return {};
+    // Windows does not tell large letters from small ones here.
+    for (const QString key : { "LastVersion", "LastOSABI" }) {
+        if (text.count(key, Qt::CaseInsensitive) != text.count(key))
+            return {};
+    }
     Browser browser;
     bool told = false;
     for (const QString &line : text.split('\n')) {
@@ -94,7 +99,9 @@ void checkEdits(const QString &folder, const QString &app, const QList<QByteArra
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static const QString folder = Fuzz::home() + "/profiles";
+    // A folder for each input: the toolkit takes a file of the same size and millisecond for the one it has read.
+    static int number = 0;
+    const QString folder = Fuzz::home() + "/profiles" + QString::number(++number);
     Fuzz::silence();
     const QList<QByteArray> parts = Fuzz::parts(data, size, Parts);
 
@@ -113,6 +120,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ProfileSql other;
         require(!other.load(app, folder + "/other", narrowModule, wideModule), "a folder without a list is a profile");
     }
+
+    QDir(folder).removeRecursively();
 
     // The database that no browser has made: what is there stays, the rest is made empty.
     const QString shared = Fuzz::home() + "/nssdb";

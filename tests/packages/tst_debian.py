@@ -214,15 +214,22 @@ class OrdinaryUser(unittest.TestCase):
         self.assertEqual(done.returncode, 2)
         self.assertIn("superuser privilege", done.stderr)
 
-    def test_starts_the_program_that_root_has_installed(self):
+    def readable_tree(self):
         tree = unpack_for(self, DEB)
         way = tree
         while way != Path(tempfile.gettempdir()):
             way.chmod(0o755)
             way = way.parent
+        return tree
+
+    def own_home(self):
         home = Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, home)
         os.chown(home, 65534, 65534)
+        return home
+
+    def test_starts_the_program_that_root_has_installed(self):
+        tree, home = self.readable_tree(), self.own_home()
         before = files_of(tree)
         told = run(*self.NOBODY, "env", "-i", f"HOME={home}", f"TMPDIR={home}", "QT_QPA_PLATFORM=offscreen",
                    tree / "opt/velmor/bin/Manager", "-t")
@@ -230,14 +237,7 @@ class OrdinaryUser(unittest.TestCase):
         self.assertEqual(files_of(tree), before)
 
     def test_other_programs_of_the_user_cannot_look_into_it(self):
-        tree = unpack_for(self, DEB)
-        way = tree
-        while way != Path(tempfile.gettempdir()):
-            way.chmod(0o755)
-            way = way.parent
-        home = Path(tempfile.mkdtemp())
-        self.addCleanup(shutil.rmtree, home)
-        os.chown(home, 65534, 65534)
+        tree, home = self.readable_tree(), self.own_home()
 
         def may_look_into(program):
             running = subprocess.Popen([*self.NOBODY, "env", "-i", f"HOME={home}", f"TMPDIR={home}",

@@ -19,7 +19,7 @@ def fill(reader, actual, fresh, repeat):
     reader.expect(role == "password text", f"the field is a {role}")
     reader.expect(description.startswith("Pozostało prób: "), f"described as {description!r}")
     reader.type(actual)
-    reader.expect(reader.focused_length() == len(actual), "the digits have not arrived")
+    reader.wait_for(lambda: reader.focused_length() == len(actual), "the digits")
     reader.expect(actual not in reader.focused_text(), "the field reads its digits out")
     reader.press("Tab")
     reader.wait_for(

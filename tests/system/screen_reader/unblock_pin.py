@@ -13,7 +13,7 @@ def fill(reader, puk):
     _, description, role = reader.spoken[-1]
     reader.expect(role == "password text", f"the field is a {role}")
     reader.type(puk)
-    reader.expect(reader.focused_length() == len(puk), "the digits have not arrived")
+    reader.wait_for(lambda: reader.focused_length() == len(puk), "the digits")
     reader.press("Tab")
     reader.wait_for(
         lambda: reader.spoken[-1][1] == "Wprowadź nowy sześciocyfrowy PIN.", "the field of the new PIN"

@@ -24,8 +24,7 @@ void wipeCerts(Bytes authen, Bytes presence, Bytes author, const QByteArrayList 
 {
     for (const QByteArray *cert : { &authen, &presence, &author })
         wipeCarried(*cert);
-    for (QByteArray &cert : const_cast<QByteArrayList &>(qual))
-        wipeSecret(cert);
+    wipeSecrets(const_cast<QByteArrayList &>(qual));
 }
 
 } // namespace

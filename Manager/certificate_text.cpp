@@ -24,7 +24,7 @@ Holder holder(const QSslCertificate &certificate)
     const QString surname = certificate.subjectInfo("SN").join(' ');
     QString names = certificate.subjectInfo("CN").join(' ');
     names.chop(surname.size());
-    return { surname, names.trimmed() };
+    return { surname, std::move(names).trimmed() };
 }
 
 QString date(const QDateTime &time)

@@ -1,17 +1,11 @@
 #include "home_cards.h"
 
+#include "base/secret_string.h"
 #include "card/card_results.h"
 
 #include <QRegularExpression>
 
 namespace HomeCards {
-
-namespace {
-
-// More than the fixed words of the holder's text have.
-constexpr int holderTextRoom = 128;
-
-} // namespace
 
 QString accessibleText(const QString &text)
 {
@@ -21,18 +15,8 @@ QString accessibleText(const QString &text)
 
 QString holderText(const QString &number, const QString &expiry, const QString &names, const QString &surname)
 {
-    QString text;
-    // A text that grows moves, and leaves what it was behind.
-    text.reserve(holderTextRoom + number.size() + expiry.size() + names.size() + surname.size());
-    text += "Twoje dane z velmor: zdjęcie seria i numer dowodu: ";
-    text += number;
-    text += " data ważności ";
-    text += expiry;
-    text += " imiona: ";
-    text += names;
-    text += " nazwisko: ";
-    text += surname;
-    return text;
+    return joinSecrets({ u"Twoje dane z velmor: zdjęcie seria i numer dowodu: ", number, u" data ważności ", expiry,
+                         u" imiona: ", names, u" nazwisko: ", surname });
 }
 
 QString qualifiedCountText(int count)

@@ -1,5 +1,7 @@
 #include "text_width.h"
 
+#include "base/secret_string.h"
+
 #include <QTextDocument>
 
 QString elidedToWidth(const QString &text, int textWidth, int labelWidth)
@@ -9,7 +11,8 @@ QString elidedToWidth(const QString &text, int textWidth, int labelWidth)
     if (text.isEmpty() || textWidth <= room)
         return text;
     const double averageWidth = static_cast<double>(textWidth) / text.size();
-    return text.left(qMax(0, static_cast<int>(room / averageWidth))) + "...";
+    const int shown = qMax(0, static_cast<int>(room / averageWidth));
+    return joinSecrets({ QStringView(text).left(shown), u"..." });
 }
 
 QString plainToolTip(const QString &text)

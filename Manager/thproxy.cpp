@@ -20,19 +20,6 @@ void wipeArgument(const QString &argument)
     wipeSecret(const_cast<QString &>(argument));
 }
 
-// What was read of the card goes with the last who holds it: this thread, or a receiver of the answer.
-void wipeAll(QByteArrayList &values)
-{
-    for (QByteArray &value : values)
-        wipeSecret(value);
-}
-
-void wipeAll(QMap<QString, QByteArray> &values)
-{
-    for (QByteArray &value : values)
-        wipeSecret(value);
-}
-
 } // namespace
 
 ThProxy::ThProxy(Pkcs11 *card) : pkcs11(card) { }
@@ -89,7 +76,8 @@ void ThProxy::getConteinersAndICAO(const QString &reader)
     emit getConteinersAndICAOFin(states.auth, states.author, states.qual, states.tl_auth, states.tl_author,
                                  states.tl_pres, states.tl_qual, pinPad, chipType, groups.value("DG1"),
                                  groups.value("DG11"), groups.value("DG12"), groups.value("DG13"));
-    wipeAll(groups);
+    // What was read of the card goes with the last who holds it: this thread, or a receiver of the answer.
+    wipeSecrets(groups);
 }
 
 void ThProxy::getPhoto(const QString &reader)
@@ -101,7 +89,7 @@ void ThProxy::getPhoto(const QString &reader)
         groups = pkcs11->tokenDataMap(reader, Container::Presence, names);
     }
     emit getPhotoFin(groups.value("DG2"));
-    wipeAll(groups);
+    wipeSecrets(groups);
 }
 
 void ThProxy::selectReader(const QString &reader)
@@ -120,7 +108,7 @@ void ThProxy::getCerts(const QString &reader, bool getAuth, bool getPres, bool g
     QByteArrayList qual = certs(getQualified, Container::Qualified);
     emit getCertsFin(auth.value(0), pres.value(0), author.value(0), qual);
     for (QByteArrayList *list : { &auth, &pres, &author, &qual })
-        wipeAll(*list);
+        wipeSecrets(*list);
 }
 
 void ThProxy::changePin(const QString &reader, const QString &conteiner, const QString &oldPin, const QString &newPin)

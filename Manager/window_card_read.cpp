@@ -131,8 +131,8 @@ void Window::loadedConteinersAndICAO(const QString &authen, const QString &autho
         ui->lNumIdVal->setText(card.data.documentNumber());
         ui->lExpDateVal->setText(card.data.expiryDate(true));
         const bool named = !dg13.isEmpty();
-        // A DG13 that is there but cannot be read gives the one blank between two empty names.
-        ui->lCommonNameVal->setText(named ? card.data.firstName() + ' ' + card.data.secondName() : QString());
+        // A DG13 that is there but cannot be read gives the one blank.
+        ui->lCommonNameVal->setText(named ? card.data.firstNames() : QString());
         ui->lsurnameVal->setText(named ? card.data.surname() : QString());
     }
     refreshCertsStatus(authen, author, quali, tl_authen, tl_athor, tl_pres, tl_qual);

@@ -151,8 +151,12 @@ void Window::changePin()
     loaderShow("Zmiana PIN-u \n Proszę czekać", {}, false, false);
     // A repeated press finds nothing to send.
     forgetSecret(ui->lineRepeatPin);
-    // Copies, for the worker to wipe.
-    emit changePinSig(reader, conteiner, copyOfSecret(actual), copyOfSecret(fresh));
+    // Copies, wiped by whoever is done last: the worker, or the window where the card was quicker.
+    QString sentActual = joinSecrets({ actual });
+    QString sentFresh = joinSecrets({ fresh });
+    emit changePinSig(reader, conteiner, sentActual, sentFresh);
+    wipeSecret(sentActual);
+    wipeSecret(sentFresh);
 }
 
 bool Window::validateTwoPins(int page, const QString &pin, const QString &repeat)

@@ -154,8 +154,12 @@ void Window::unblockPin()
     forgetSecret(ui->lineRepeatPinPuk);
     qDebug().noquote() << "New and repeat pins meet criterias (unblock PIN) ";
     loaderShow(pukPageWords().loader, {}, true, false);
-    // Copies, for the worker to wipe.
-    emit unblockPinSig(reader, conteiner, copyOfSecret(puk), copyOfSecret(fresh));
+    // As with a change, wiped by whoever is done last.
+    QString sentPuk = joinSecrets({ puk });
+    QString sentFresh = joinSecrets({ fresh });
+    emit unblockPinSig(reader, conteiner, sentPuk, sentFresh);
+    wipeSecret(sentPuk);
+    wipeSecret(sentFresh);
 }
 
 void Window::unblockPinFin(int res)

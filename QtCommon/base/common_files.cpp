@@ -20,7 +20,8 @@ bool writeFileBytes(const QString &path, const QByteArray &bytes)
     // By name and before the open, so the old content is gone even if the open then fails. It is meant.
     QFile::resize(path, 0);
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
+    // A buffer would be one more copy of a certificate, which nobody overwrites.
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
         return false;
     file.write(bytes);
     return true;

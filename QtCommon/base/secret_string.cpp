@@ -31,7 +31,21 @@ void wipeSecret(QByteArray &bytes)
     letGoWiped(bytes);
 }
 
-QString copyOfSecret(const QString &text)
+void overwriteSecret(const QString &text)
 {
-    return QString(text.constData(), text.size());
+    auto *data = const_cast<QString &>(text).data_ptr();
+    if (data->alloc > 0)
+        OPENSSL_cleanse(data->data(), data->alloc * sizeof(*data->data()));
+}
+
+QString joinSecrets(std::initializer_list<QStringView> parts)
+{
+    qsizetype length = 0;
+    for (const QStringView part : parts)
+        length += part.size();
+    QString joined;
+    joined.reserve(static_cast<int>(length));
+    for (const QStringView part : parts)
+        joined.append(part.data(), static_cast<int>(part.size()));
+    return joined;
 }

@@ -111,8 +111,7 @@ void DGParser::loadDg(const QString &name, const QByteArray &data)
 
 void DGParser::clearDg()
 {
-    for (QByteArray &group : dataGroups)
-        wipeSecret(group);
+    wipeSecrets(dataGroups);
     dataGroups.clear();
     forgetNames();
     qDebug().noquote() << "clear DG data";
@@ -245,6 +244,12 @@ QString DGParser::secondName()
 {
     parseDg13();
     return secondNameCache;
+}
+
+QString DGParser::firstNames()
+{
+    parseDg13();
+    return joinSecrets({ firstNameCache, u" ", secondNameCache });
 }
 
 QByteArray DGParser::dgBytes(const QString &dgName, int from, int count) const

@@ -48,6 +48,7 @@ public:
     QString surname();
     QString firstName();
     QString secondName();
+    QString firstNames(); // both, with a blank between; the blank alone if there are none
 
 private:
     QByteArray dgBytes(const QString &dgName, int from, int count) const;

@@ -9,8 +9,7 @@ namespace {
 
 void forget(QList<QByteArray> &certs)
 {
-    for (QByteArray &cert : certs)
-        wipeSecret(cert);
+    wipeSecrets(certs);
     certs.clear();
 }
 

@@ -193,11 +193,9 @@ bool Pkcs11::appendObject(long session, unsigned long object, const QString &con
 QByteArrayList Pkcs11::tokenCerts(const QString &reader, const QString &conteiner)
 {
     QByteArrayList certs;
-    QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_CERTIFICATE, {});
-    for (pkcsDataObj &object : objects) {
+    const QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_CERTIFICATE, {});
+    for (const pkcsDataObj &object : objects)
         certs << object.value;
-        wipeSecret(object.value);
-    }
     return certs;
 }
 
@@ -205,11 +203,11 @@ QMap<QString, QByteArray> Pkcs11::tokenDataMap(const QString &reader, const QStr
                                                const QStringList &names)
 {
     QMap<QString, QByteArray> values;
-    QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_DATA, names);
-    for (pkcsDataObj &object : objects) {
-        wipeSecret(values[object.name]);
-        values.insert(object.name, object.value);
-        wipeSecret(object.value);
+    const QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_DATA, names);
+    for (const pkcsDataObj &object : objects) {
+        QByteArray &value = values[object.name];
+        wipeSecret(value);
+        value = object.value;
     }
     return values;
 }

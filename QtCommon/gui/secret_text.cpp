@@ -1,5 +1,7 @@
 #include "gui/secret_text.h"
 
+#include "base/secret_string.h"
+
 #include <QAccessible>
 #include <QLineEdit>
 #include <QSignalBlocker>
@@ -95,10 +97,8 @@ void overwrite(QLineEdit *field)
     silent = true;
     const QValidator *validator = field->validator();
     field->setValidator(nullptr);
-    // In place first: a text that grows moves, and leaves what it was behind.
-    const int length = field->text().size();
-    field->selectAll();
-    field->insert(QString(length, '0'));
+    // Where it stands, before anything is edited: the toolkit takes copies of what an edit takes away.
+    overwriteSecret(field->text());
     // Each character of this is one record of the history.
     field->setText({});
     field->insert(QString(historyRoom, '0'));

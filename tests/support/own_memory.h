@@ -129,6 +129,13 @@ public:
         hidden.turned = bytes;
         return hidden;
     }
+    static HiddenBytes of(const HiddenDigits &digits)
+    {
+        HiddenBytes hidden;
+        for (int i = 0; i < digits.size(); ++i)
+            hidden.turned.append(char(~digits.at(i)));
+        return hidden;
+    }
     // The same as 16-bit characters, for what is ASCII.
     HiddenBytes widened() const
     {
@@ -145,8 +152,6 @@ public:
         const bool seen = visitOwnMemory([&](std::uintptr_t from, std::uintptr_t to) { found += placesIn(from, to); });
         return seen ? found : -1;
     }
-
-private:
     int placesIn(std::uintptr_t from, std::uintptr_t to) const
     {
         const char first = char(~turned.at(0));
@@ -164,6 +169,8 @@ private:
         }
         return found;
     }
+
+private:
     bool standsAt(const char *bytes) const
     {
         for (int i = 0; i < turned.size(); ++i) {

@@ -86,10 +86,32 @@ private slots:
     void copyCanBeWipedWhileTheOtherStays()
     {
         const QString kept = digits.text();
-        QString copy = copyOfSecret(kept);
+        QString copy = joinSecrets({ kept });
         QCOMPARE(copy, kept);
         wipeSecret(copy);
         QCOMPARE(kept, digits.text());
+    }
+
+    void partsAreJoinedInTheirOrder()
+    {
+        QCOMPARE(joinSecrets({ u"ab", digits.text(), QStringView(), u"ż" }), "ab" + digits.text() + "ż");
+    }
+
+    void textIsOverwrittenForAllWhoShareIt()
+    {
+        const HiddenDigits own { "51938462" };
+        const QString first = own.text();
+        const QString second = first;
+        overwriteSecret(first);
+        QCOMPARE(second, QString(own.size(), QChar('\0')));
+        QCOMPARE(own.places(2), 0);
+    }
+    void literalIsNotOverwritten()
+    {
+        const auto literal = [] { return QStringLiteral("4826"); };
+        overwriteSecret(literal());
+        overwriteSecret({});
+        QCOMPARE(literal(), QString("4826"));
     }
 
     void emptyTextIsLeftAlone()
@@ -97,7 +119,7 @@ private slots:
         QString nothing;
         wipeSecret(nothing);
         QVERIFY(nothing.isNull());
-        QVERIFY(copyOfSecret({}).isEmpty());
+        QVERIFY(joinSecrets({}).isEmpty());
     }
 };
 

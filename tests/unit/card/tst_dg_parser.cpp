@@ -82,6 +82,7 @@ void TstDgParser::everyFieldOfAWellFormedCard_data()
         { "surname", [](DGParser &parser) { return parser.surname(); }, "ŻÓŁĆ" },
         { "firstName", [](DGParser &parser) { return parser.firstName(); }, "ANNA" },
         { "secondName", [](DGParser &parser) { return parser.secondName(); }, "ŁUCJA" },
+        { "firstNames", [](DGParser &parser) { return parser.firstNames(); }, "ANNA ŁUCJA" },
     };
     for (const auto &row : rows)
         QTest::newRow(row.name) << row.accessor << QString::fromUtf8(row.expected);

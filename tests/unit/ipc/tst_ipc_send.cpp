@@ -4,6 +4,26 @@
 class TestIpcSend : public IpcFixture {
     Q_OBJECT
 
+private:
+    // The attempt in which a message was sent, as the log tells it, and 1 where it tells nothing; 0 for anything else.
+    int attemptsIfFreeAfter(RawInbox &inbox, unsigned long milliseconds) const
+    {
+        LogCatcher log;
+        std::unique_ptr<QThread> thread(QThread::create([&inbox, milliseconds] {
+            QThread::msleep(milliseconds);
+            inbox.clear();
+        }));
+        thread->start();
+        const bool sent = sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } });
+        thread->wait();
+        if (!sent)
+            return 0;
+        if (log.lines().isEmpty())
+            return 1;
+        const QRegularExpression form("^send success in  (\\d+) attempt$");
+        return log.lines().size() == 1 ? form.match(log.lines().first()).captured(1).toInt() : 0;
+    }
+
 private slots:
     void init() { openBus(); }
     void cleanup()
@@ -87,27 +107,22 @@ private slots:
 
     void inboxThatBecomesFreeIsCountedInAttempts()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
-        inbox.write("<k>old</k>");
-        LogCatcher log;
-        // Free between the second and the third attempt.
-        std::unique_ptr<QThread> thread(QThread::create([&inbox] {
-            QThread::msleep(75);
-            inbox.clear();
-        }));
-        thread->start();
+        // The third, unless a busy machine keeps one of the two threads waiting; then once more.
+        constexpr int mostTries = 40;
+        int told = 0;
+        for (int i = 0; i < mostTries && told != 3; ++i) {
+            RawInbox inbox(inboxKey, prescribedSize);
+            inbox.write("<k>old</k>");
+            QElapsedTimer clock;
+            clock.start();
+            told = attemptsIfFreeAfter(inbox, 75);
+            const qint64 took = clock.elapsed();
 
-        const bool sent = sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } });
-
-        thread->wait();
-        QVERIFY(sent);
-        QCOMPARE(log.lines().size(), 1);
-        const QRegularExpression form("^send success in  (\\d+) attempt$");
-        const auto match = form.match(log.lines().first());
-        QVERIFY2(match.hasMatch(), qPrintable(log.text()));
-        // The third; a busy machine may have made it a later one.
-        QVERIFY(match.captured(1).toInt() >= 3);
-        QVERIFY(inbox.text().startsWith("<from>velmor_can</from><k>1</k>"));
+            QVERIFY(told > 0);
+            QVERIFY2(took >= 50 * (told - 1), qPrintable(QString("%1 in %2 ms").arg(told).arg(took)));
+            QVERIFY(inbox.text().startsWith("<from>velmor_can</from><k>1</k>"));
+        }
+        QCOMPARE(told, 3);
     }
 
     void messageOfTheSegmentsSizeLeavesNoTerminator()

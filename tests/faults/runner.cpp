@@ -69,10 +69,8 @@ void Runner::bring(const Action &action)
         qFatal("%s cannot begin: %s", qPrintable(action.name), qPrintable(wrong.join("; ")));
 }
 
-void Runner::act(const Action &action, bool blocks, QStringList &wrong)
+void Runner::releaseAndSettle(bool blocks, QStringList &wrong)
 {
-    rig->takeLongestStall();
-    action.act(*rig);
     while (blocks && rig->waitForBlock()) {
         // A user waits, and presses what can be pressed.
         constexpr int pause = 30;
@@ -80,12 +78,19 @@ void Runner::act(const Action &action, bool blocks, QStringList &wrong)
         rig->world.release();
     }
     settle(wrong);
+}
+
+void Runner::act(const Action &action, bool blocks, QStringList &wrong)
+{
+    rig->takeLongestStall();
+    action.act(*rig);
+    releaseAndSettle(blocks, wrong);
     stall = rig->takeLongestStall();
     judge(wrong);
     if (wrong.isEmpty() && rig->rules.padDelayRuns) {
         if (!rig->waitForRequest())
             wrong << "the keypad is not asked for the PUK";
-        settle(wrong);
+        releaseAndSettle(blocks, wrong);
         judge(wrong);
     }
 }

@@ -44,6 +44,7 @@ private:
     void cleanUp(const Action &action, QStringList &wrong);
     void readNextCard(QStringList &wrong);
     void settle(QStringList &wrong);
+    void releaseAndSettle(bool blocks, QStringList &wrong);
 
     std::unique_ptr<Rig> rig;
     std::vector<sim::TraceEntry> calls; // of the action that is judged

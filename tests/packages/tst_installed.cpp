@@ -173,8 +173,8 @@ private slots:
         const QByteArray library = (QDir::toNativeSeparators(root()) + "\\64\\velmor-pkcs11-64.dll").toUtf8();
         QTRY_VERIFY2_WITH_TIMEOUT(old.content("pkcs11.txt").contains("library=" + library),
                                   old.content("pkcs11.txt").constData(), stepPatience);
-        QTRY_VERIFY_WITH_TIMEOUT(recent.has("user.js"), stepPatience);
-        QVERIFY(recent.content("user.js").contains("\"security.osclientcerts.autoload\", true"));
+        const char *const preference = "\"security.osclientcerts.autoload\", true";
+        QTRY_VERIFY_WITH_TIMEOUT(recent.has("user.js") && recent.content("user.js").contains(preference), stepPatience);
         QSettings(list, QSettings::NativeFormat).remove("");
         QVERIFY(QDir(Os().profilesRoot("Firefox")).removeRecursively());
     }

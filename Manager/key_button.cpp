@@ -1,6 +1,7 @@
 #include "key_button.h"
 
-#include <QIcon>
+#include "gui/kept_icon.h"
+
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionButton>
@@ -28,5 +29,5 @@ void KeyButton::paintEvent(QPaintEvent *event)
     const int left = inner.left() + (inner.width() - fontMetrics().horizontalAdvance(text())) / 2;
     const QRect place(left, inner.top() + (inner.height() - keySide + 1) / 2, keySide, keySide);
     QPainter painter(this);
-    QIcon(pictureNow()).paint(&painter, place);
+    keptIcon(pictureNow()).paint(&painter, place);
 }

@@ -16,6 +16,7 @@
 #include "gui/gui_base.h"
 #include "gui/gui_scaler.h"
 #include "gui/hover_parameter.h"
+#include "gui/kept_icon.h"
 #include "gui/key_focus.h"
 #include "gui/link_focus.h"
 #include "gui/secret_text.h"
@@ -164,7 +165,7 @@ void Window::drawInTheme()
             scaler->svgOne(row.label, own);
     }
     for (QLabel *photo : { ui->lPhoto, ui->lPhotoLarge })
-        photo->setPixmap(QIcon(guiBase->picture("no_photo.svg")).pixmap(photo->size()));
+        photo->setPixmap(keptIcon(guiBase->picture("no_photo.svg")).pixmap(photo->size()));
 }
 
 void Window::applyShadows()

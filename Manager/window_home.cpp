@@ -7,10 +7,10 @@
 #include "card/card_tables.h"
 #include "gui/gui_base.h"
 #include "gui/hover_parameter.h"
+#include "gui/kept_icon.h"
 #include "home_cards.h"
 #include "ui_window.h"
 
-#include <QIcon>
 #include <QPixmap>
 
 #include <array>
@@ -180,7 +180,7 @@ void Window::showPhotoIn(QLabel *label)
 {
     const qreal ratio = label->devicePixelRatioF();
     if (card.photo.isNull()) {
-        label->setPixmap(QIcon(guiBase->picture("no_photo.svg")).pixmap(label->windowHandle(), label->size()));
+        label->setPixmap(keptIcon(guiBase->picture("no_photo.svg")).pixmap(label->windowHandle(), label->size()));
         return;
     }
     // In the screen's own pixels, so that the photo stays sharp on a dense screen.

@@ -30,6 +30,15 @@ public:
     QList<QImage> icons;
     bool hadParent = false;
 
+    void forget()
+    {
+        messages.clear();
+        titles.clear();
+        buttonCounts.clear();
+        buttons.clear();
+        icons.clear();
+    }
+
     // Runs while a dialog is up.
     std::function<void()> meanwhile;
 

@@ -186,7 +186,6 @@ void Window::changePinFin(int res)
     const PinTexts::Outcome *outcome = PinTexts::changeOutcome(res);
     if (!outcome) {
         qDebug().noquote() << "changePinFin() not supported return from changePIN";
-        busyFlag = false;
         return;
     }
     qDebug().noquote() << outcome->log;
@@ -197,7 +196,6 @@ void Window::changePinFin(int res)
     if ((res == CardResult::wrongPin || res == CardResult::failed) && !pinMayBeTriedAgain())
         return;
     showResultPage(outcome->text, outcome->colour, PinTexts::ChangeTitle);
-    busyFlag = false;
 }
 
 // False if the entry has locked the PIN; the page for the PUK then follows at once, with no result page between.
@@ -216,7 +214,6 @@ bool Window::pinMayBeTriedAgain()
     qDebug().noquote() << "move to unblock PinPage";
     ui->cbReaders->setEnabled(false);
     moveToUnblockPinPage();
-    busyFlag = false;
     return false;
 }
 

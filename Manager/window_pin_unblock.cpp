@@ -169,7 +169,6 @@ void Window::unblockPinFin(int res)
     const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(res);
     if (!outcome) {
         qDebug().noquote() << "changePinFin() not supported return from unblocking PIN";
-        busyFlag = false;
         return;
     }
     qDebug().noquote() << outcome->log;
@@ -183,14 +182,12 @@ void Window::unblockPinFin(int res)
         if (card.pukIsBlocked()) {
             qDebug().noquote() << "PUK is blocked!";
             moveToBlockedPukPage();
-            busyFlag = false;
             return;
         }
     }
     const PinTexts::TitleKey titleKey = pukPageWords().resultTitle;
     showResultPage(titleKey == PinTexts::FirstPinTitle ? outcome->firstPinText : outcome->text, outcome->colour,
                    titleKey);
-    busyFlag = false;
 }
 
 void Window::moveToBlockedPukPage()

@@ -48,15 +48,6 @@ QSize roomForText(const QPushButton *button)
     return button->fontMetrics().size(Qt::TextShowMnemonic, button->text()) + button->size() - inner.size();
 }
 
-QSpacerItem *firstSpacer(const QLayout *layout)
-{
-    for (int i = 0; i < layout->count(); ++i) {
-        if (QSpacerItem *spacer = layout->itemAt(i)->spacerItem())
-            return spacer;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 QSize Popup::contentSize()
@@ -83,8 +74,7 @@ QSize Popup::contentSize()
 int Popup::widthBesideText() const
 {
     const QMargins margins = ui->textAndIconLayout->contentsMargins();
-    const QSpacerItem *spacer = firstSpacer(ui->textAndIconLayout);
-    int width = margins.left() + margins.right() + (spacer ? spacer->sizeHint().width() : 0);
+    int width = margins.left() + margins.right() + ui->iconSpacer->sizeHint().width();
     if (hasIcon)
         width += ui->lIcon->width() + ui->textAndIconLayout->spacing();
     return width;
@@ -205,11 +195,10 @@ void Popup::scaleMessage(int spacing)
 {
     scaler->font(".QLabel", { ui->lText });
     scaler->font(".QLabel", { ui->lInformativeText });
-    if (QSpacerItem *spacer = firstSpacer(ui->textAndIconLayout)) {
-        const QSizePolicy policy = spacer->sizePolicy();
-        spacer->changeSize(spacing, spacer->sizeHint().height(), policy.horizontalPolicy(), policy.verticalPolicy());
-        ui->textAndIconLayout->invalidate();
-    }
+    QSpacerItem *spacer = ui->iconSpacer;
+    const QSizePolicy policy = spacer->sizePolicy();
+    spacer->changeSize(spacing, spacer->sizeHint().height(), policy.horizontalPolicy(), policy.verticalPolicy());
+    ui->textAndIconLayout->invalidate();
     if (hasIcon) {
         scaler->size({ ui->lIcon, anim.get() });
         anim->setSize(ui->lIcon->size());
@@ -276,8 +265,6 @@ int Popup::heightFor(int width) const
 
 void Popup::wrapAtScreen(int room)
 {
-    if (ui->lText->wordWrap())
-        return;
     setTextWrap();
     // The text stays as it is unless a single word of it is too wide.
     if (leastWidth() > room)

@@ -116,6 +116,8 @@ private slots:
             popup.guiScale(density);
             settle();
 
+            // All that the screen leaves beside the shadow.
+            QCOMPARE(find<QFrame>(popup, "mainFrame")->width(), screen.width() - 2 * 20);
             QVERIFY2(popup.width() <= screen.width(), qPrintable(QString::number(popup.width())));
             QVERIFY(popup.geometry().left() >= screen.left() && popup.geometry().right() <= screen.right());
             const QStringList found = WidgetWalk::faults(&popup);
@@ -123,6 +125,42 @@ private slots:
             // Nothing of the path is lost.
             QVERIFY(label(popup, "lText")->text().remove(QChar(0x200B)).contains(path));
         });
+    }
+
+    // The one who shows it has asked for lines; one of them is a single word.
+    void aLongNameWrapsInAWrappedTextToo()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        Popup popup;
+        popup.setMessage("Information", "Nie można zapisać pliku: /home/" + QString("w").repeated(400), {});
+        popup.setTextWrap();
+        popup.show(300, 100);
+        popup.guiScale(144);
+        settle();
+        QVERIFY2(popup.width() <= screen.width(), qPrintable(QString::number(popup.width())));
+    }
+
+    void grownFrameIsAsHighAsItsTextNeeds()
+    {
+        for (int i : { 0, 1 }) {
+            shown(messages[i], [](Popup &popup) {
+                popup.guiScale(72);
+                settle();
+                const QLabel *text = label(popup, "lText");
+                QCOMPARE(text->height(),
+                         text->wordWrap() ? text->heightForWidth(text->width()) : text->sizeHint().height());
+            });
+        }
+    }
+    void grownFrameIsAsWideAsItsTextNeeds()
+    {
+        Popup popup;
+        popup.setMessage("Information", messages[4].text, QDialogButtonBox::Close);
+        popup.show(200, 100);
+        popup.guiScale(72);
+        settle();
+        const QLabel *text = label(popup, "lText");
+        QCOMPARE(text->width(), text->minimumSizeHint().width());
     }
 
     void dialogThatGrowsStaysOnTheScreen_data()

@@ -34,6 +34,8 @@ namespace {
 constexpr int specimens = 40;
 constexpr int firstCards = 100; // by then all that is made once is made
 constexpr double allowedGrowth = 1.05;
+// With some room. What the toolkit keeps of its own, pictures above all, is reached after a few cards.
+constexpr long mostHeap = 16 * 1024; // KiB
 
 std::atomic<int> sslLoaded { 0 };
 
@@ -323,6 +325,8 @@ private:
                     double(last.residentKiB) / double(first.residentKiB));
         if (heap > allowedGrowth)
             fail(QString("the heap has grown to %1").arg(heap));
+        if (first.heapKiB > mostHeap)
+            fail(QString("the heap has %1 KiB from the beginning").arg(first.heapKiB));
         const double resident = double(last.residentKiB - cost) / double(first.residentKiB);
         if (resident > allowedGrowth)
             fail(QString("the process has grown to %1").arg(resident));

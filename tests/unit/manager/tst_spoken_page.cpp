@@ -32,10 +32,10 @@ private:
     }
 
 private slots:
-    void init()
+    void initTestCase()
     {
-        setUpForm();
         showPagesToScreenReaders();
+        setUpForm();
         window->show();
         ui.cbReaders->clear();
         ui.cbReaders->addItem("cbReaders");
@@ -138,12 +138,14 @@ private slots:
         QCOMPARE(name("header"), QString("lMainTitle, cbReaders"));
         ui.cbReaders->setEnabled(true);
         QCOMPARE(name("header"), QString("lMainTitle"));
+        ui.cbReaders->setEnabled(false);
     }
     void groupWithANameOfItsOwnIsToldByIt()
     {
         tellItself("lActualPin");
         find<QWidget>("fieldActualPin")->setAccessibleName("own");
         QCOMPARE(name("fieldActualPin"), QString("own"));
+        find<QWidget>("fieldActualPin")->setAccessibleName({});
     }
 };
 

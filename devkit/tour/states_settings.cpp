@@ -25,7 +25,7 @@ bool installFirefox()
     const QString folder = QDir::homePath() + "/programs";
     qputenv("PATH", QFile::encodeName(folder));
     return put(folder + "/firefox", {})
-        && QFile::setPermissions(folder + "/firefox", QFile::ReadOwner | QFile::ExeOwner);
+        && QFile::setPermissions(folder + "/firefox", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 bool makeProfiles(bool connected)

@@ -1,5 +1,4 @@
-#include "support/own_memory.h"
-#include "support/pin_flow.h"
+#include "support/hidden_pins.h"
 #include "support/viewers.h"
 
 #include "base/crypto_memory.h"
@@ -39,9 +38,10 @@ struct Needle {
 // Filled before anything is watched, and not touched while it is.
 std::vector<Needle> needles;
 
+constexpr int mostFrames = 16;
 struct Finding {
     const Needle *needle;
-    void *frames[16];
+    void *frames[mostFrames];
     int depth;
 };
 constexpr int mostFindings = 64;
@@ -75,10 +75,10 @@ void lookInto(const void *block, bool byOurselves)
         if (needle.bytes.placesIn(from, to) == 0)
             continue;
         const int place = found++;
-        if (place < mostFindings)
-            findings[place] = { &needle, {}, 0 };
-        if (place < mostFindings)
-            findings[place].depth = backtrace(findings[place].frames, 16);
+        if (place >= mostFindings)
+            return;
+        findings[place].needle = &needle;
+        findings[place].depth = backtrace(findings[place].frames, mostFrames);
     }
 }
 
@@ -95,14 +95,10 @@ extern "C" __attribute__((visibility("default"))) void free(void *block)
 }
 #endif
 
-class TestFreedUnwiped : public QObject, private PinFlow {
+class TestFreedUnwiped : public QObject, private HiddenPins {
     Q_OBJECT
 
 private:
-    const HiddenDigits oldPin { "62059384" };
-    const HiddenDigits newPin { "83714206" };
-    const HiddenDigits rightPuk { "18493750" };
-
     static void lookFor(const char *file, qint64 from, int count, bool shown = false)
     {
         const HiddenBytes bytes = HiddenBytes::ofFile(QString(VELMOR_TEST_ROOT "/devkit/cards/") + file, from, count);
@@ -117,28 +113,11 @@ private:
         needles.push_back({ what, HiddenBytes::of(digits), 1, true });
         needles.push_back({ QString("%1, as text").arg(what), HiddenBytes::of(digits).widened(), 2, true });
     }
-    void type(const char *name, const HiddenDigits &digits) const
-    {
-        field(name)->setFocus();
-        for (int i = 0; i < digits.size(); ++i)
-            QTest::keyClick(field(name), digits.at(i));
-    }
-    void prepare(bool pinLocked)
-    {
-        QVERIFY(world.addReader("Czytnik Alfa"));
-        QVERIFY(world.setPin("anna", sim::Qualified, oldPin.bytes()));
-        sim::CardState state = *world.cardState("anna");
-        state.puk = rightPuk.bytes();
-        state.pins[sim::Qualified].tries = pinLocked ? 0 : 3;
-        QVERIFY(world.setCardState("anna", state));
-    }
     void enterPins(bool pinLocked)
     {
         openPinPage(sim::Qualified);
-        type(pinLocked ? "lineInsertPuk" : "lineActualPin", pinLocked ? rightPuk : oldPin);
-        type(pinLocked ? "lineNewPinPuk" : "lineNewPin", newPin);
-        type(pinLocked ? "lineRepeatPinPuk" : "lineRepeatPin", newPin);
-        click(pinLocked ? "bChangePinPuk" : "bChangePin");
+        typeAll(pinLocked);
+        send(pinLocked);
         QVERIFY(waitForPage("pageCorrectChange"));
     }
     static void tell()
@@ -173,7 +152,7 @@ private slots:
             lookFor(file, 440, 64);
         lookFor("old PIN", oldPin);
         lookFor("new PIN", newPin);
-        lookFor("PUK", rightPuk);
+        lookFor("PUK", hiddenPuk);
         void *frame;
         // It loads what it needs when it is called first.
         backtrace(&frame, 1);
@@ -195,12 +174,12 @@ private slots:
     {
         watching = true;
         {
-            QString text = rightPuk.text();
+            QString text = hiddenPuk.text();
             QCOMPARE(text.size(), 8);
         }
         QCOMPARE(found.load(), 1);
         {
-            QString text = rightPuk.text();
+            QString text = hiddenPuk.text();
             wipeSecret(text);
         }
         QCOMPARE(found.load(), 1);
@@ -234,7 +213,7 @@ private slots:
     {
         Viewers viewers;
         viewers.install("gcr-viewer");
-        prepare(false);
+        teachCard(false);
         QVERIFY(showCard("anna"));
         click("bArrowAuthenCert");
         watching = true;
@@ -246,7 +225,7 @@ private slots:
     }
     void anotherCardComesInItsPlace()
     {
-        prepare(false);
+        teachCard(false);
         watching = true;
         QVERIFY(showCard("anna"));
         QVERIFY(world.removeCard("Czytnik Alfa"));
@@ -256,7 +235,7 @@ private slots:
     void answersComeTooLate()
     {
         const QString reader = "Czytnik Alfa";
-        prepare(false);
+        teachCard(false);
         QVERIFY(showCard("anna"));
         window->loadedReaders({}, "NO_CARD");
         watching = true;
@@ -291,7 +270,7 @@ private slots:
     void workerIsTheLast()
     {
         closeWindow();
-        prepare(false);
+        teachCard(false);
         QVERIFY(world.insertCard("Czytnik Alfa", "anna"));
         Pkcs11 card;
         ThProxy worker(&card);
@@ -315,7 +294,7 @@ private slots:
     void workerIsQuickerThanTheWindow()
     {
         QFETCH(bool, pinLocked);
-        prepare(pinLocked);
+        teachCard(pinLocked);
         QVERIFY(showCard("anna"));
         connect(window.get(), pinLocked ? &Window::unblockPinSig : &Window::changePinSig, this, [this] {
             LogCatcher log;
@@ -341,13 +320,9 @@ private slots:
     {
         QFETCH(bool, pinLocked);
         QFETCH(bool, right);
-        prepare(pinLocked);
-        if (!right) {
-            sim::CardState state = *world.cardState("anna");
-            state.puk = "00000000";
-            state.pins[sim::Qualified].pin = "00000000";
-            QVERIFY(world.setCardState("anna", state));
-        }
+        teachCard(pinLocked);
+        if (!right)
+            teachCardOthers();
         QVERIFY(showCard("anna"));
         watching = true;
         enterPins(pinLocked);

@@ -1,43 +1,21 @@
-#include "support/own_memory.h"
-#include "support/pin_flow.h"
+#include "support/hidden_pins.h"
 
 // What was typed on the PIN pages stands nowhere in the program's memory once it has done its work or is left: not in
 // the fields, not in their history of edits, not on the way to the worker.
-class TestPinMemory : public QObject, private PinFlow {
+class TestPinMemory : public QObject, private HiddenPins {
     Q_OBJECT
 
 private:
-    const HiddenDigits oldPin { "62059384" };
-    const HiddenDigits newPin { "83714206" };
-    const HiddenDigits puk { "18493750" };
-
-    void type(const char *name, const HiddenDigits &digits) const
-    {
-        field(name)->setFocus();
-        for (int i = 0; i < digits.size(); ++i)
-            QTest::keyClick(field(name), digits.at(i));
-    }
     // In text and history together.
     static int copies(const HiddenDigits &digits) { return digits.places(2) + digits.places(HiddenDigits::editStep); }
 
     // `anna` with these words, on the page that opens from the tile of Qualified.
     void open(bool pinLocked)
     {
-        QVERIFY(world.addReader("Czytnik Alfa"));
-        QVERIFY(world.setPin("anna", sim::Qualified, oldPin.bytes()));
-        sim::CardState state = *world.cardState("anna");
-        state.puk = puk.bytes();
-        state.pins[sim::Qualified].tries = pinLocked ? 0 : 3;
-        QVERIFY(world.setCardState("anna", state));
+        teachCard(pinLocked);
         QVERIFY(showCard("anna"));
         openPinPage(sim::Qualified);
         QCOMPARE(page(), QString(pinLocked ? "pageUnblockPin" : "pageChangePin"));
-    }
-    void typeAll(bool pinLocked)
-    {
-        type(pinLocked ? "lineInsertPuk" : "lineActualPin", pinLocked ? puk : oldPin);
-        type(pinLocked ? "lineNewPinPuk" : "lineNewPin", newPin);
-        type(pinLocked ? "lineRepeatPinPuk" : "lineRepeatPin", newPin);
     }
 
 private slots:
@@ -77,16 +55,12 @@ private slots:
         QVERIFY(copies(newPin) > 0);
 
         if (end == "sent") {
-            click(pinLocked ? "bChangePinPuk" : "bChangePin");
+            send(pinLocked);
             QVERIFY(waitForPage("pageCorrectChange"));
             QVERIFY(pinLocked ? showsUnblock(CardResult::done) : showsChange(CardResult::done));
         } else if (end.startsWith("refused")) {
-            // The card has others by now.
-            sim::CardState state = *world.cardState("anna");
-            state.puk = "00000000";
-            state.pins[sim::Qualified].pin = "00000000";
-            QVERIFY(world.setCardState("anna", state));
-            click(pinLocked ? "bChangePinPuk" : "bChangePin");
+            teachCardOthers();
+            send(pinLocked);
             QVERIFY(waitForPage("pageCorrectChange"));
             click("bWrocPin");
             QVERIFY(waitForPage("pageHome"));
@@ -99,7 +73,7 @@ private slots:
             window->loadedReaders({}, "NO_CARD");
         }
 
-        QCOMPARE(copies(pinLocked ? puk : oldPin), 0);
+        QCOMPARE(copies(pinLocked ? hiddenPuk : oldPin), 0);
         QCOMPARE(copies(newPin), 0);
     }
 };

@@ -119,7 +119,8 @@ private slots:
             const qint64 took = clock.elapsed();
 
             QVERIFY(told > 0);
-            QVERIFY2(took >= 50 * (told - 1), qPrintable(QString("%1 in %2 ms").arg(told).arg(took)));
+            // Rests of 50 ms, of which a system with coarse clocks keeps a little less.
+            QVERIFY2(took >= 40 * (told - 1), qPrintable(QString("%1 in %2 ms").arg(told).arg(took)));
             QVERIFY(inbox.text().startsWith("<from>velmor_can</from><k>1</k>"));
         }
         QCOMPARE(told, 3);

@@ -3,6 +3,8 @@
 #include <QLocale>
 #include <QSslCertificate>
 
+#include <utility>
+
 namespace CertificateText {
 
 QString issuer(const QSslCertificate &certificate)
@@ -24,6 +26,7 @@ Holder holder(const QSslCertificate &certificate)
     const QString surname = certificate.subjectInfo("SN").join(' ');
     QString names = certificate.subjectInfo("CN").join(' ');
     names.chop(surname.size());
+    // In place, so that no copy is left that nobody overwrites.
     return { surname, std::move(names).trimmed() };
 }
 

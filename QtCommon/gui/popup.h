@@ -95,7 +95,7 @@ private:
     int heightFor(int width) const;
     void wrapAtScreen(int room);
     void cleanCopy(QClipboard::Mode mode);
-    QSize screenRoom() const;
+    int screenRoom() const;
 
     std::unique_ptr<Ui::Popup> ui;
     int result = 0;

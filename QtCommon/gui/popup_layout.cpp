@@ -219,7 +219,7 @@ void Popup::scaleMessage(int spacing)
 void Popup::growFrame()
 {
     QLayout *layout = ui->mainFrame->layout();
-    const int room = screenRoom().width();
+    const int room = screenRoom();
     if (scaler->scale() == 1.0 && ui->mainFrame->width() <= room)
         return;
     for (QLayout *inner : { ui->buttonBox->layout(), ui->footer->layout(), ui->header->layout(), layout })
@@ -284,11 +284,11 @@ void Popup::cleanCopy(QClipboard::Mode mode)
         clipboard->setText(clean, mode);
 }
 
-// What the screen leaves to the frame.
-QSize Popup::screenRoom() const
+// The width that the screen leaves to the frame.
+int Popup::screenRoom() const
 {
     const QScreen *screen = QGuiApplication::primaryScreen();
-    return screen ? screen->availableSize() - QSize(2 * shadowMargin, 2 * shadowMargin) : maximumSize();
+    return screen ? screen->availableSize().width() - 2 * shadowMargin : maximumWidth();
 }
 
 // The scaled frame has outgrown the window, or shrunk in it; the window follows and keeps its middle, as far as the

@@ -6,6 +6,9 @@
 class TestKeptIcon : public QObject {
     Q_OBJECT
 
+public:
+    QList<bool> heldAfterItsApplication;
+
 private slots:
     void initTestCase() { Shared::loadResources(); }
 
@@ -19,7 +22,24 @@ private slots:
     {
         QVERIFY(keptIcon(":/images/no_photo.svg").cacheKey() != keptIcon(":/images/pinpad.svg").cacheKey());
     }
+    // Later nobody is there who could let go of what a plugin has drawn.
+    void noneOutlivesItsApplication() { QCOMPARE(heldAfterItsApplication, QList<bool>({ false, false })); }
 };
 
-VELMOR_TEST(TestKeptIcon)
+int main(int argc, char *argv[])
+{
+    TestHome home;
+    TestKeptIcon test;
+    for (int i = 0; i < 2; ++i) {
+        QIcon own;
+        {
+            QApplication application(argc, argv);
+            Shared::loadResources();
+            own = keptIcon(":/images/no_photo.svg");
+        }
+        test.heldAfterItsApplication << !own.isDetached();
+    }
+    QApplication application(argc, argv);
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_kept_icon.moc"

@@ -152,10 +152,17 @@ private slots:
             });
         }
     }
+    void grownFrameIsAsWideAsItsTextNeeds_data()
+    {
+        QTest::addColumn<int>("icon");
+        QTest::newRow("text") << int(Popup::NoIcon);
+        QTest::newRow("beside an icon") << int(Popup::Warning);
+    }
     void grownFrameIsAsWideAsItsTextNeeds()
     {
+        QFETCH(int, icon);
         Popup popup;
-        popup.setMessage("Information", messages[4].text, QDialogButtonBox::Close);
+        popup.setIconMessage(icon, messages[4].text, QDialogButtonBox::Close);
         popup.show(200, 100);
         popup.guiScale(72);
         settle();

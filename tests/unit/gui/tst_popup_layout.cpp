@@ -181,6 +181,18 @@ private slots:
         QVERIFY(!part(popup, "bClose")->hasFocus());
     }
 
+    // It was ended by its cross, with the keyboard.
+    void shownAgainItHasNoFocusOnItsCross()
+    {
+        Popup popup;
+        setUp(popup);
+        part(popup, "bClose")->setFocus();
+
+        popup.show(content.width(), content.height());
+
+        QVERIFY(popup.focusWidget() != part(popup, "bClose"));
+    }
+
     void standsInTheMiddleOfItsParent()
     {
         QWidget window;

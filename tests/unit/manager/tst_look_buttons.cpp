@@ -3,6 +3,7 @@
 #include "ui_thecertitem.h"
 
 #include <QDialog>
+#include <QPainter>
 
 namespace {
 
@@ -43,6 +44,25 @@ QVector<Ink> inkOf(const QImage &image)
     return groups;
 }
 
+void pointAt(QPushButton *button)
+{
+    QTest::mouseMove(button, QPoint(3, 3));
+    QTest::mouseMove(button, button->rect().center());
+    QCoreApplication::processEvents();
+}
+
+QRect differenceOf(const QImage &a, const QImage &b)
+{
+    QRect place;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            if (a.pixel(x, y) != b.pixel(x, y))
+                place |= QRect(x, y, 1, 1);
+        }
+    }
+    return place;
+}
+
 } // namespace
 
 // What a button tells by its looks: that it is pressed, and what its key belongs to.
@@ -60,6 +80,8 @@ private slots:
     void pressedIsSeen();
     void keyAndWordStandInTheMiddle_data() { themeRows(); }
     void keyAndWordStandInTheMiddle();
+    void eachStateHasItsKey_data();
+    void eachStateHasItsKey();
 
 private:
     void press(QPushButton *button, QWidget *shown);
@@ -76,13 +98,11 @@ void TestLookButtons::press(QPushButton *button, QWidget *shown)
         return;
     tried << name;
     const QRect place(button->mapTo(shown, QPoint()), button->size());
-    // Under the pointer, as it is when it is pressed.
-    button->setAttribute(Qt::WA_UnderMouse);
+    pointAt(button); // as it is when it is pressed
     const QImage pointedAt = shown->grab(place).toImage();
     button->setDown(true);
     const double share = changedShare(pointedAt, shown->grab(place).toImage());
     button->setDown(false);
-    button->setAttribute(Qt::WA_UnderMouse, false);
     if (share < 0.3)
         still << QString("%1: %2 of it").arg(name).arg(share, 0, 'f', 2);
 }
@@ -153,6 +173,50 @@ void TestLookButtons::keyAndWordStandInTheMiddle()
     }
     // The first letters differ by a pixel in where they begin.
     QVERIFY(*std::max_element(gaps.begin(), gaps.end()) - *std::min_element(gaps.begin(), gaps.end()) <= 1);
+}
+
+void TestLookButtons::eachStateHasItsKey_data()
+{
+    QTest::addColumn<QString>("theme");
+    QTest::addColumn<QString>("state");
+    for (const QString &theme : themes) {
+        for (const char *state : { "", "_off", "_down", "_hover" })
+            QTest::addRow("%s %s", qPrintable(theme), state) << theme << state;
+    }
+}
+
+void TestLookButtons::eachStateHasItsKey()
+{
+    QFETCH(QString, theme);
+    QFETCH(QString, state);
+    look->useTheme(theme);
+    look->showPage("pageHome");
+    QPushButton *button = look->ui.bChangePinAuthenCert;
+    button->setText("       Zmień PIN");
+    button->setEnabled(state != "_off");
+    button->setDown(state == "_down");
+    if (state == "_hover")
+        pointAt(button);
+    QCoreApplication::processEvents();
+
+    const QString pictures = button->property("pictures").toString();
+    const QImage whole = button->grab().toImage();
+    button->setProperty("pictures", QString());
+    const QImage bare = button->grab().toImage();
+    const QRect place = differenceOf(whole, bare);
+    QVERIFY(!place.isEmpty());
+
+    constexpr int side = 16;
+    QImage wanted = bare;
+    const auto draw = [&](QPoint corner) {
+        wanted = bare;
+        QPainter painter(&wanted);
+        QIcon(pictures.arg(state)).paint(&painter, QRect(corner, QSize(side, side)));
+    };
+    draw(place.topLeft());
+    const QPoint offset = differenceOf(wanted, bare).topLeft() - place.topLeft();
+    draw(place.topLeft() - offset);
+    QCOMPARE(differenceOf(wanted, whole), QRect());
 }
 
 VELMOR_TEST(TestLookButtons)

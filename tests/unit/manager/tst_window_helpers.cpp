@@ -1,13 +1,18 @@
 #include "card_table_access.h"
 #include "document_links.h"
+#include "gui/gui_base.h"
 #include "header_drag.h"
 #include "home_cards.h"
 #include "pin_fields.h"
+#include "shared.h"
 #include "text_width.h"
+#include "tile_shadow.h"
 
+#include "base/settings.h"
 #include "support/testmain.h"
 
 #include <QAccessible>
+#include <QGraphicsDropShadowEffect>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTableWidget>
@@ -61,6 +66,31 @@ private slots:
     {
         QFETCH(QPoint, press);
         QTEST(isOnHeader(press, QSize(940, 717), QSize(900, 697)), "moves");
+    }
+
+    void tileHasTheShadowThatIsAskedFor()
+    {
+        QWidget tile;
+        addTileShadow(&tile, 7, 3);
+
+        const auto *shadow = qobject_cast<QGraphicsDropShadowEffect *>(tile.graphicsEffect());
+        QVERIFY(shadow);
+        QCOMPARE(shadow->blurRadius(), 7.0);
+        QCOMPARE(shadow->offset(), QPointF(3, 3));
+        QCOMPARE(shadow->color(), QColor(186, 187, 188));
+    }
+    // On a dark ground a shadow is a smear.
+    void onlyTheLightThemeHasShadows()
+    {
+        Shared::loadResources();
+        for (const char *theme : { "dark", "highContrast", "light" }) {
+            Settings::instance()->setValue("theme", theme);
+            GuiBase::instance()->load();
+            QWidget tile;
+            addTileShadow(&tile, 7, 3);
+            QCOMPARE(tile.graphicsEffect()->isEnabled(), GuiBase::instance()->theme() == "light");
+        }
+        QCOMPARE(GuiBase::instance()->theme(), QString("light"));
     }
 
     void marginsAreAbsolute()

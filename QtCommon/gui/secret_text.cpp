@@ -3,6 +3,7 @@
 #include "base/secret_string.h"
 
 #include <QAccessible>
+#include <QEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QValidator>
@@ -108,6 +109,30 @@ void overwrite(QLineEdit *field)
     silent = false;
 }
 
+bool canBringText(QEvent::Type type)
+{
+    return type == QEvent::FocusIn || type == QEvent::KeyPress || type == QEvent::InputMethod || type == QEvent::Drop;
+}
+
+class RoomBeforeTyping : public QObject {
+public:
+    explicit RoomBeforeTyping(QLineEdit *lineEdit) : QObject(lineEdit), field(lineEdit) { }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        // What stands in it already was not typed.
+        if (!canBringText(event->type()) || !field->text().isEmpty())
+            return false;
+        overwrite(field);
+        field->removeEventFilter(this);
+        deleteLater();
+        return false;
+    }
+
+private:
+    QLineEdit *field;
+};
+
 } // namespace
 
 void tellSecretsAsBullets()
@@ -120,7 +145,7 @@ void tellSecretsAsBullets()
 
 void prepareSecret(QLineEdit *field)
 {
-    overwrite(field);
+    field->installEventFilter(new RoomBeforeTyping(field));
 }
 
 void forgetSecret(QLineEdit *field)

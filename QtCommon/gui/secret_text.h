@@ -10,7 +10,8 @@ class QLineEdit;
 // handler of accessibility events there was is called as before. Once a program; later calls change nothing.
 void tellSecretsAsBullets();
 
-// Makes room for what will be typed and its history, so that none of it is left behind where they grow.
+// Makes room for what will be typed and its history, so that none of it is left behind where they grow. That takes a
+// millisecond, so it is done with the first event that can bring a text.
 void prepareSecret(QLineEdit *field);
 
 // Empties a field, overwriting what was typed, in the text and in the history, where QLineEdit::clear() keeps both.

@@ -78,8 +78,12 @@ private slots:
     {
         flow->openWindow();
         for (const char *name :
-             { "lineActualPin", "lineNewPin", "lineRepeatPin", "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
+             { "lineActualPin", "lineNewPin", "lineRepeatPin", "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" }) {
+            // With the first event that can bring a text.
+            QFocusEvent focus(QEvent::FocusIn);
+            QCoreApplication::sendEvent(flow->field(name), &focus);
             QVERIFY2(flow->field(name)->text().capacity() >= 32, name);
+        }
     }
 
     void wholeLifeOfACardLeavesNoSecretBehind()

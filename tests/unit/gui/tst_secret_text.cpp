@@ -4,8 +4,10 @@
 #include "support/testmain.h"
 
 #include <QAccessible>
+#include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QRegularExpressionValidator>
 #include <QSignalSpy>
 
@@ -177,6 +179,55 @@ private slots:
         forgetSecret(line.get());
         QCOMPARE(digits.places(inHistory), 0);
         QCOMPARE(digits.places(inText), 0);
+    }
+
+    void roomIsMadeByWhateverCanBringAText_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("focus") << int(QEvent::FocusIn);
+        QTest::newRow("key") << int(QEvent::KeyPress);
+        QTest::newRow("input method") << int(QEvent::InputMethod);
+        QTest::newRow("drop") << int(QEvent::Drop);
+    }
+    void roomIsMadeByWhateverCanBringAText()
+    {
+        QFETCH(int, kind);
+        QLineEdit fresh;
+        fresh.setEchoMode(QLineEdit::Password);
+        prepareSecret(&fresh);
+        QVERIFY(fresh.text().capacity() < 32);
+        QFocusEvent focus(QEvent::FocusIn);
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_1, Qt::NoModifier, "1");
+        QInputMethodEvent composed;
+        composed.setCommitString("1");
+        QMimeData text;
+        text.setText("1");
+        QDropEvent drop(QPointF(1, 1), Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+        if (kind == QEvent::Drop) {
+            QDragEnterEvent enter(QPoint(1, 1), Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(&fresh, &enter);
+        }
+        const QMap<int, QEvent *> events {
+            { QEvent::FocusIn, &focus },
+            { QEvent::KeyPress, &key },
+            { QEvent::InputMethod, &composed },
+            { QEvent::Drop, &drop },
+        };
+
+        QCoreApplication::sendEvent(&fresh, events[kind]);
+
+        QCOMPARE(fresh.text(), kind == QEvent::FocusIn ? QString() : QString("1"));
+        QVERIFY(fresh.text().capacity() >= 32);
+    }
+
+    void whatStandsInAFieldStays()
+    {
+        QLineEdit fresh;
+        prepareSecret(&fresh);
+        fresh.setText("12");
+        QFocusEvent focus(QEvent::FocusIn);
+        QCoreApplication::sendEvent(&fresh, &focus);
+        QCOMPARE(fresh.text(), QString("12"));
     }
 
     void fieldTakesTheNextEntryAsBefore()

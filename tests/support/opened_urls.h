@@ -25,7 +25,11 @@ public slots:
     {
         urls << url;
         environment = QProcessEnvironment::systemEnvironment();
+        emit taken();
     }
+
+signals:
+    void taken();
 
 private:
     QString ownScheme;

@@ -105,8 +105,6 @@ void AnimWidget::runSvg()
 
 void AnimWidget::freezeSvg()
 {
-    QSvgRenderer *renderer = svgWidget->renderer();
-    renderer->blockSignals(true);
-    if (QTimer *timer = frameTimer(renderer))
+    if (QTimer *timer = frameTimer(svgWidget->renderer()))
         timer->stop();
 }

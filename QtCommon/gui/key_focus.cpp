@@ -23,7 +23,6 @@ void mark(QWidget *widget, bool shown)
     if (widget->property(property).toBool() == shown)
         return;
     widget->setProperty(property, shown);
-    widget->style()->unpolish(widget);
     widget->style()->polish(widget);
 }
 

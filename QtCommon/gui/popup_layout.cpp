@@ -198,7 +198,6 @@ void Popup::scaleMessage(int spacing)
     QSpacerItem *spacer = ui->iconSpacer;
     const QSizePolicy policy = spacer->sizePolicy();
     spacer->changeSize(spacing, spacer->sizeHint().height(), policy.horizontalPolicy(), policy.verticalPolicy());
-    ui->textAndIconLayout->invalidate();
     if (hasIcon) {
         scaler->size({ ui->lIcon, anim.get() });
         anim->setSize(ui->lIcon->size());

@@ -44,7 +44,7 @@ std::optional<QString> scaleFactorsText(const std::vector<std::optional<ScreenSh
             return std::nullopt;
         }
         const double factor = scaleFactor(*screen, window, isWin7);
-        factors << QString::number(factor, 'g', 6);
+        factors << QString::number(factor);
         qDebug().noquote() << "Screen:" << screen->size.width() << "x" << screen->size.height()
                            << " scale:" << dpiScale(*screen) << "| QT_SCALE_FACTOR:" << factor;
     }

@@ -52,10 +52,15 @@ private slots:
     {
         QFETCH(QByteArray, name);
         QVERIFY(flow->start("locked-pins"));
+        const QStringList triesLabels { "lTryNumDescPUK", "lTryNumDescPUKpinpad" };
+        for (const QString &tries : triesLabels)
+            flow->label(tries.toLatin1())->clear();
         LogCatcher log;
 
         flow->openPinPage(name);
 
+        for (const QString &tries : triesLabels)
+            QCOMPARE(flow->label(tries.toLatin1())->text(), QString("Pozostało prób: 3"));
         QCOMPARE(flow->page(), QString("pageUnblockPin"));
         QCOMPARE(flow->find<QStackedWidget>("pagerPinOrPinPadPuk")->currentWidget(), flow->widget("pageAppUnblock"));
         QCOMPARE(flow->title(), QString("Odblokowanie PIN-u"));

@@ -153,6 +153,35 @@ private slots:
         QCOMPARE(grab(ground, 2), dense);
     }
 
+    void isDrawnAnewForAnotherColourOrBlur()
+    {
+        QWidget ground;
+        fill(ground, Qt::white);
+        ground.resize(300, 200);
+        QFrame box(&ground);
+        fill(box, Qt::white);
+        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        const auto shadowOf = [&box](const QColor &colour, qreal blur) {
+            auto *shadow = new BoxShadow(&box);
+            shadow->setColor(colour);
+            shadow->setBlurRadius(blur);
+            box.setGraphicsEffect(shadow);
+            return shadow;
+        };
+        shadowOf(Qt::red, 20);
+        const QImage red = grab(ground, 1);
+        shadowOf(Qt::red, 10);
+        const QImage sharp = grab(ground, 1);
+        QVERIFY(sharp != red);
+
+        BoxShadow *shadow = shadowOf(Qt::blue, 20);
+        QVERIFY(grab(ground, 1) != red);
+        shadow->setColor(Qt::red);
+        QCOMPARE(grab(ground, 1), red);
+        shadow->setBlurRadius(10);
+        QCOMPARE(grab(ground, 1), sharp);
+    }
+
     void isAsWideInPointsOnADenseScreen()
     {
         const QImage plain = quick();

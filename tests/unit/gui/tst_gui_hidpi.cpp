@@ -19,6 +19,12 @@ class TestGuiHidpi : public QObject {
 private slots:
     void theScreenHasTheFactor() { QCOMPARE(QGuiApplication::primaryScreen()->devicePixelRatio(), 1.5); }
 
+    void scalerBeginsWithTheScreensDensity()
+    {
+        QCOMPARE(QGuiApplication::primaryScreen()->logicalDotsPerInch(), 144.0);
+        QCOMPARE(GuiScaler().scale(), 1.5);
+    }
+
     void svgHasTheScreensPixelsRounded()
     {
         const QPixmap pixmap = GuiBase::renderSvg(redSquare(), QSize(31, 17));
@@ -52,6 +58,7 @@ int main(int argc, char *argv[])
 {
     TestHome home;
     qputenv("QT_SCREEN_SCALE_FACTORS", "1.5");
+    qputenv("QT_FONT_DPI", "216"); // which the factor divides
     QApplication application(argc, argv);
     TestGuiHidpi test;
     return QTest::qExec(&test, argc, argv);

@@ -3,6 +3,7 @@
 
 #include <QFrame>
 #include <QLabel>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -93,6 +94,26 @@ private slots:
         QVERIFY(!isHovered(child));
         QVERIFY(!isHovered(grandChild));
         QVERIFY(child->property("MouseOver").isValid());
+    }
+
+    void styleIsTakenOffAndPutOn()
+    {
+        class CountingStyle : public QProxyStyle {
+        public:
+            QStringList done;
+            using QProxyStyle::polish;
+            using QProxyStyle::unpolish;
+            void polish(QWidget *) override { done << "on"; }
+            void unpolish(QWidget *) override { done << "off"; }
+        };
+        QWidget plain;
+        CountingStyle style;
+        plain.setStyle(&style);
+        style.done.clear();
+
+        HoverParameter::setHover(&plain, true);
+
+        QCOMPARE(style.done, QStringList({ "off", "on" }));
     }
 
     void styleRulesApplyAtOnce()

@@ -77,6 +77,7 @@ private slots:
         QTest::newRow("icon") << 2 << "Jeden" << 0;
         QTest::newRow("icon beside a tall text") << 2 << "1<br>2<br>3<br>4<br>5" << 0;
         QTest::newRow("informative") << 0 << "Jeden<informative>Dwa" << 0;
+        QTest::newRow("wide informative") << 0 << "a<informative>" + QString("Dwa i trzy ").repeated(12) << 0;
         QTest::newRow("button") << 0 << "Jeden" << int(QDialogButtonBox::Ok);
         QTest::newRow("all") << 1 << "Jeden<informative>Dwa" << int(QDialogButtonBox::Yes | QDialogButtonBox::No);
         QTest::newRow("many buttons") << 0 << "a" << 0x3fec00;

@@ -12,10 +12,17 @@ constexpr int keySide = 16;
 
 }
 
-QString KeyButton::pictureNow() const
+// By what the button itself is drawn by: a pointer that lies still where it appears does not make it look pointed at.
+QString KeyButton::pictureFor(QStyle::State state) const
 {
-    const char *state = !isEnabled() ? "_off" : isDown() ? "_down" : underMouse() ? "_hover" : "";
-    return pictures.arg(state);
+    const char *name = "";
+    if (!state.testFlag(QStyle::State_Enabled))
+        name = "_off";
+    else if (state.testFlag(QStyle::State_Sunken))
+        name = "_down";
+    else if (state.testFlag(QStyle::State_MouseOver))
+        name = "_hover";
+    return pictures.arg(name);
 }
 
 void KeyButton::paintEvent(QPaintEvent *event)
@@ -29,5 +36,5 @@ void KeyButton::paintEvent(QPaintEvent *event)
     const int left = inner.left() + (inner.width() - fontMetrics().horizontalAdvance(text())) / 2;
     const QRect place(left, inner.top() + (inner.height() - keySide + 1) / 2, keySide, keySide);
     QPainter painter(this);
-    keptIcon(pictureNow()).paint(&painter, place);
+    keptIcon(pictureFor(option.state)).paint(&painter, place);
 }

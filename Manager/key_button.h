@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPushButton>
+#include <QStyle>
 
 // A button with a key before its word. The program puts seven blanks before the word, which leave the room for the key;
 // the two together stand in the middle, and as far apart whatever the word is.
@@ -16,7 +17,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    QString pictureNow() const;
+    QString pictureFor(QStyle::State state) const;
 
     QString pictures;
 };

@@ -35,6 +35,18 @@ private:
         return grab(ground, ratio);
     }
 
+    struct WhiteBox {
+        WhiteBox()
+        {
+            fill(ground, Qt::white);
+            ground.resize(300, 200);
+            fill(box, Qt::white);
+            box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        }
+        QWidget ground;
+        QFrame box { &ground };
+    };
+
     static void fill(QWidget &widget, const QColor &colour)
     {
         QPalette palette;
@@ -134,12 +146,9 @@ private slots:
     // As a window that is moved to another screen.
     void isDrawnAnewForAnotherDensity()
     {
-        QWidget ground;
-        fill(ground, Qt::white);
-        ground.resize(300, 200);
-        QFrame box(&ground);
-        fill(box, Qt::white);
-        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        WhiteBox scene;
+        QWidget &ground = scene.ground;
+        QFrame &box = scene.box;
         auto *shadow = new BoxShadow(&box);
         shadow->setBlurRadius(20);
         box.setGraphicsEffect(shadow);
@@ -155,12 +164,9 @@ private slots:
 
     void isDrawnAnewForAnotherColourOrBlur()
     {
-        QWidget ground;
-        fill(ground, Qt::white);
-        ground.resize(300, 200);
-        QFrame box(&ground);
-        fill(box, Qt::white);
-        box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
+        WhiteBox scene;
+        QWidget &ground = scene.ground;
+        QFrame &box = scene.box;
         const auto shadowOf = [&box](const QColor &colour, qreal blur) {
             auto *shadow = new BoxShadow(&box);
             shadow->setColor(colour);

@@ -17,12 +17,15 @@ namespace {
 // Only against waiting for ever: no busy machine is as slow as that.
 constexpr int patience = 100000;
 
-// For conditions that only an event of this thread can make true.
-bool runUntil(const std::function<bool()> &condition)
+// For conditions that only an event of this thread can make true. While they are not, this is done now and then.
+bool runUntil(const std::function<bool()> &condition, const std::function<void()> &meanwhile = {})
 {
+    constexpr int nowAndThen = 500;
     const QDeadlineTimer deadline(patience);
     QTimer wake;
-    wake.start(patience);
+    if (meanwhile)
+        QObject::connect(&wake, &QTimer::timeout, &wake, meanwhile);
+    wake.start(nowAndThen);
     while (!condition()) {
         if (deadline.hasExpired())
             return false;
@@ -126,12 +129,17 @@ bool Ear::waitForProgram()
 
 QByteArray Ear::ask()
 {
-    // An event of its own behind all others, by which the listener knows that it has them.
-    QAccessibleTextInsertEvent ring(bell.get(), ++rung, "!");
-    QAccessible::updateAccessibility(&ring);
+    // An event of its own behind all others, by which the listener knows that it has them. Once more if nothing comes:
+    // until the bus has told the toolkit that somebody listens, it sends none.
+    const auto ring = [this] {
+        QAccessibleTextInsertEvent event(bell.get(), rung, "!");
+        QAccessible::updateAccessibility(&event);
+    };
+    ++rung;
+    ring();
     listener.write(QByteArray::number(rung) + '\n');
     // An answer that is given up would be taken for that to the next question.
-    if (!runUntil([this] { return listener.canReadLine(); }))
+    if (!runUntil([this] { return listener.canReadLine(); }, ring))
         qFatal("the ear does not answer");
     return listener.readLine();
 }

@@ -7,6 +7,7 @@ focus.
 """
 
 import json
+import os
 import sys
 
 import gi
@@ -154,21 +155,20 @@ class Ear:
 
 def main():
     ear = Ear(int(sys.argv[1]))
-    loop = GLib.MainLoop()
 
-    def asked(_channel, condition):
-        bell = sys.stdin.readline() if condition & GLib.IO_IN else ""
-        if bell:
-            if ear.application or ear.find_application():
-                ear.answer(int(bell))
-            else:
-                print("null", flush=True)
-            return True
-        loop.quit()
-        return False
+    def asked(_channel, _condition):
+        bell = sys.stdin.readline()
+        if bell and (ear.application or ear.find_application()):
+            ear.answer(int(bell))
+        elif bell:
+            print("null", flush=True)
+        return True
 
-    GLib.io_add_watch(GLib.IOChannel.unix_new(sys.stdin.fileno()), GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, asked)
-    loop.run()
+    channel = GLib.IOChannel.unix_new(sys.stdin.fileno())
+    GLib.io_add_watch(channel, GLib.PRIORITY_DEFAULT, GLib.IO_IN, asked)
+    # A watch of its own, since that other one is not called while it waits for a bell; of a program that has gone, none comes.
+    GLib.io_add_watch(channel, GLib.PRIORITY_DEFAULT, GLib.IO_HUP, lambda *_: os._exit(0))
+    GLib.MainLoop().run()
 
 
 main()

@@ -140,9 +140,6 @@ void Window::createGuiHelpers()
     scaler->svg({ ui->lfooter, ui->lostrel, ui->lno_connection, ui->lpinpad, ui->lchange_card });
     scaler->svgOne(ui->lPinPadImg_2, "pinpad.svg");
     drawInTheme();
-    const QString style = guiBase->file("styles-window.css");
-    if (!style.isEmpty())
-        ui->mainFrame->setStyleSheet(style);
 }
 
 // In the colours of the theme, where it is not the one for which the pictures are drawn.

@@ -1,5 +1,7 @@
 #include "form_fixture.h"
 
+#include <QRegularExpression>
+
 // The forms promise names, classes and places to the code that fills them.
 class TestForms : public QObject, private FormFixture {
     Q_OBJECT
@@ -12,6 +14,8 @@ private slots:
     void pagesStandInTheirOrder_data();
     void pagesStandInTheirOrder();
     void windowOpensOnTheSettingsPage();
+    void classIsKnownBeforeTheWords_data();
+    void classIsKnownBeforeTheWords();
 };
 
 void TestForms::widgetHasItsNameClassAndPlace_data()
@@ -180,6 +184,30 @@ void TestForms::windowOpensOnTheSettingsPage()
     QVERIFY(!ui.cbReaders->isEditable());
     QVERIFY(!ui.frameReaders->isHidden());
     QVERIFY(ui.loading->isHidden());
+}
+
+void TestForms::classIsKnownBeforeTheWords_data()
+{
+    QTest::addColumn<QString>("form");
+    for (const QString &form : QDir(VELMOR_TEST_SOURCE_DIR "/forms").entryList({ "*.ui" }))
+        QTest::newRow(qPrintable(form)) << form;
+}
+
+// What may be translated is set last, when the style sheet has been read for much of the form.
+void TestForms::classIsKnownBeforeTheWords()
+{
+    QFETCH(QString, form);
+    QFile file(VELMOR_TEST_SOURCE_DIR "/forms/" + form);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    static const QRegularExpression aClass("<property name=\"(class|cssClass)\"[^>]*>\\s*<string([^>]*)>");
+
+    int count = 0;
+    for (auto matches = aClass.globalMatch(text); matches.hasNext(); ++count) {
+        const auto match = matches.next();
+        QVERIFY2(match.captured(2) == " notr=\"true\"", qPrintable(text.mid(match.capturedStart(), 120).simplified()));
+    }
+    QVERIFY(count > 0);
 }
 
 VELMOR_TEST(TestForms)

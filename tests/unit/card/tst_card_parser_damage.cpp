@@ -5,7 +5,7 @@
 #include "card/card-parser.h"
 
 // Damaged files: nothing crashes, nothing is read outside the file, and no result is larger than what went in.
-class TstDgParserDamage : public QObject {
+class TstCardParserDamage : public QObject {
     Q_OBJECT
 
 private slots:
@@ -47,13 +47,13 @@ QList<int> lengthPositions(const QByteArray &file)
 
 } // namespace
 
-void TstDgParserDamage::initTestCase()
+void TstCardParserDamage::initTestCase()
 {
     // Each call of an accessor may log; hundreds of thousands of lines help nobody.
     qInstallMessageHandler(discard);
 }
 
-void TstDgParserDamage::addFiles()
+void TstCardParserDamage::addFiles()
 {
     QTest::addColumn<QByteArray>("file");
     Dg2 picture;
@@ -66,7 +66,7 @@ void TstDgParserDamage::addFiles()
     QTest::newRow("DG13") << Dg13().file();
 }
 
-void TstDgParserDamage::everyTruncation()
+void TstCardParserDamage::everyTruncation()
 {
     QFETCH(QByteArray, file);
 
@@ -74,7 +74,7 @@ void TstDgParserDamage::everyTruncation()
         QCOMPARE(DgProbe::complaintInAnySurroundings(file.left(size)), QString());
 }
 
-void TstDgParserDamage::everyByteSetToEveryValue()
+void TstCardParserDamage::everyByteSetToEveryValue()
 {
     QFETCH(QByteArray, file);
 
@@ -87,7 +87,7 @@ void TstDgParserDamage::everyByteSetToEveryValue()
     }
 }
 
-void TstDgParserDamage::everyLengthByteInEveryTruncation()
+void TstCardParserDamage::everyLengthByteInEveryTruncation()
 {
     QFETCH(QByteArray, file);
 
@@ -102,7 +102,7 @@ void TstDgParserDamage::everyLengthByteInEveryTruncation()
     }
 }
 
-void TstDgParserDamage::filesOfOneByteAndOfTwo()
+void TstCardParserDamage::filesOfOneByteAndOfTwo()
 {
     for (const int first : { 0x00, 0x5F, 0x61, 0x6D, 0x75, 0x82, 0xFF }) {
         QByteArray file(1, static_cast<char>(first));
@@ -115,7 +115,7 @@ void TstDgParserDamage::filesOfOneByteAndOfTwo()
     }
 }
 
-void TstDgParserDamage::largeFiles_data()
+void TstCardParserDamage::largeFiles_data()
 {
     QTest::addColumn<QByteArray>("file");
     constexpr int size = 1 << 20;
@@ -127,12 +127,12 @@ void TstDgParserDamage::largeFiles_data()
         << QByteArray::fromHex("7582FFFF") + QByteArray(size, '\0') + QByteArray::fromHex("FFD8");
 }
 
-void TstDgParserDamage::largeFiles()
+void TstCardParserDamage::largeFiles()
 {
     QFETCH(QByteArray, file);
 
     QCOMPARE(DgProbe::complaintInAnySurroundings(file), QString());
 }
 
-VELMOR_TEST(TstDgParserDamage)
-#include "tst_dg_parser_damage.moc"
+VELMOR_TEST(TstCardParserDamage)
+#include "tst_card_parser_damage.moc"

@@ -4,7 +4,7 @@
 #include "card/card-parser.h"
 
 // The names in DG13: the run of checks over 5F60, 5F61 and 5F62, each as strict as it is meant to be.
-class TstDgParserNames : public QObject {
+class TstCardParserNames : public QObject {
     Q_OBJECT
 
 private slots:
@@ -52,7 +52,7 @@ const QByteArray oddHead = hex("6D405C01AA");
 
 } // namespace
 
-void TstDgParserNames::namesOf_data()
+void TstCardParserNames::namesOf_data()
 {
     QTest::addColumn<QByteArray>("file");
     QTest::addColumn<QStringList>("expected");
@@ -100,7 +100,7 @@ void TstDgParserNames::namesOf_data()
     row("something between", head + surname + "x" + first, { "NOWAK", "", "" });
 }
 
-void TstDgParserNames::namesOf()
+void TstCardParserNames::namesOf()
 {
     QFETCH(QByteArray, file);
 
@@ -109,7 +109,7 @@ void TstDgParserNames::namesOf()
     QTEST(names, "expected");
 }
 
-void TstDgParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound_data()
+void TstCardParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound_data()
 {
     QTest::addColumn<QByteArray>("file");
     const QByteArray body = Dg13().body();
@@ -123,7 +123,7 @@ void TstDgParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound_d
     QTest::newRow("as long names bring it") << longNames.file();
 }
 
-void TstDgParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound()
+void TstCardParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound()
 {
     QFETCH(QByteArray, file);
     DGParser parser;
@@ -138,7 +138,7 @@ void TstDgParserNames::outerLengthFrom80UpIsRefusedYetTheSearchedNamesAreFound()
     QCOMPARE(parser.motherName(), QString("EWA"));
 }
 
-void TstDgParserNames::firstByteIsForgiven()
+void TstCardParserNames::firstByteIsForgiven()
 {
     QByteArray file = Dg13().file();
     for (int value = 0; value <= 0xFF; ++value) {
@@ -148,7 +148,7 @@ void TstDgParserNames::firstByteIsForgiven()
     }
 }
 
-void TstDgParserNames::thirdByteIsForgiven()
+void TstCardParserNames::thirdByteIsForgiven()
 {
     QByteArray file = Dg13().file();
     for (int value = 0; value <= 0xFF; ++value) {
@@ -158,7 +158,7 @@ void TstDgParserNames::thirdByteIsForgiven()
     }
 }
 
-void TstDgParserNames::outerLengthIsNotCompared()
+void TstCardParserNames::outerLengthIsNotCompared()
 {
     QByteArray file = Dg13().file();
     for (int value = 0; value <= 0xFF; ++value) {
@@ -169,7 +169,7 @@ void TstDgParserNames::outerLengthIsNotCompared()
     }
 }
 
-void TstDgParserNames::contentOfTheTagListIsSkipped()
+void TstCardParserNames::contentOfTheTagListIsSkipped()
 {
     Dg13 dg13;
     dg13.tagList = hex("5F60015F6001");
@@ -177,7 +177,7 @@ void TstDgParserNames::contentOfTheTagListIsSkipped()
     QCOMPARE(namesIn(dg13.file()), QStringList({ "ŻÓŁĆ", "ANNA", "ŁUCJA" }));
 }
 
-void TstDgParserNames::tagListOfEveryShortLength()
+void TstCardParserNames::tagListOfEveryShortLength()
 {
     for (int length = 1; length < 0x80; ++length) {
         const QByteArray file =
@@ -187,7 +187,7 @@ void TstDgParserNames::tagListOfEveryShortLength()
     }
 }
 
-void TstDgParserNames::eitherByteOfTheFirstTwoTagsIsEnough_data()
+void TstCardParserNames::eitherByteOfTheFirstTwoTagsIsEnough_data()
 {
     QTest::addColumn<QByteArray>("surnameTag");
     QTest::addColumn<QByteArray>("firstNameTag");
@@ -197,7 +197,7 @@ void TstDgParserNames::eitherByteOfTheFirstTwoTagsIsEnough_data()
     QTest::newRow("one of each") << hex("5F61") << hex("6061");
 }
 
-void TstDgParserNames::eitherByteOfTheFirstTwoTagsIsEnough()
+void TstCardParserNames::eitherByteOfTheFirstTwoTagsIsEnough()
 {
     QFETCH(QByteArray, surnameTag);
     QFETCH(QByteArray, firstNameTag);
@@ -207,7 +207,7 @@ void TstDgParserNames::eitherByteOfTheFirstTwoTagsIsEnough()
     QCOMPARE(namesIn(file), QStringList({ "NOWAK", "EWA", "ZOFIA" }));
 }
 
-void TstDgParserNames::thirdTagNeedsBothBytes()
+void TstCardParserNames::thirdTagNeedsBothBytes()
 {
     for (const char *tag : { "5F61", "5F00", "0062", "5E62", "625F" }) {
         const QByteArray file = head + tlv("5F60", "NOWAK") + tlv("5F61", "EWA") + tlv(tag, "ZOFIA");
@@ -216,7 +216,7 @@ void TstDgParserNames::thirdTagNeedsBothBytes()
     }
 }
 
-void TstDgParserNames::nameFromAnEarlierRunIsForgotten()
+void TstCardParserNames::nameFromAnEarlierRunIsForgotten()
 {
     DGParser parser;
     parser.loadDg("DG13", Dg13().file());
@@ -231,7 +231,7 @@ void TstDgParserNames::nameFromAnEarlierRunIsForgotten()
     QCOMPARE(parser.surname(), QString());
 }
 
-void TstDgParserNames::negativeNameLengthEndsTheRun_data()
+void TstCardParserNames::negativeNameLengthEndsTheRun_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QStringList>("expected");
@@ -241,7 +241,7 @@ void TstDgParserNames::negativeNameLengthEndsTheRun_data()
                                  << QStringList({ "NOWAK", "EWA", "" });
 }
 
-void TstDgParserNames::negativeNameLengthEndsTheRun()
+void TstCardParserNames::negativeNameLengthEndsTheRun()
 {
     QFETCH(QByteArray, before);
     QFETCH(QStringList, expected);
@@ -254,7 +254,7 @@ void TstDgParserNames::negativeNameLengthEndsTheRun()
     }
 }
 
-void TstDgParserNames::nameOf127BytesIsRead()
+void TstCardParserNames::nameOf127BytesIsRead()
 {
     const QByteArray name(127, 'N');
 
@@ -262,7 +262,7 @@ void TstDgParserNames::nameOf127BytesIsRead()
              QStringList({ name, name, name }));
 }
 
-void TstDgParserNames::namesKeepZeroBytesAndBadUtf8()
+void TstCardParserNames::namesKeepZeroBytesAndBadUtf8()
 {
     // Other than the searched texts, these names go through the codec with their count.
     const QByteArray withZero = QByteArray("A") + '\0' + "B";
@@ -276,7 +276,7 @@ void TstDgParserNames::namesKeepZeroBytesAndBadUtf8()
     QCOMPARE(names.at(1), QString(QChar(QChar::ReplacementCharacter)) + "A");
 }
 
-void TstDgParserNames::emptyNamesAreReadOver()
+void TstCardParserNames::emptyNamesAreReadOver()
 {
     QCOMPARE(namesIn(head + tlv("5F60", "") + tlv("5F61", "") + tlv("5F62", "ZOFIA")),
              QStringList({ "", "", "ZOFIA" }));
@@ -284,5 +284,5 @@ void TstDgParserNames::emptyNamesAreReadOver()
              QStringList({ "NOWAK", "", "" }));
 }
 
-VELMOR_TEST(TstDgParserNames)
-#include "tst_dg_parser_names.moc"
+VELMOR_TEST(TstCardParserNames)
+#include "tst_card_parser_names.moc"

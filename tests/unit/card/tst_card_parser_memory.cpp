@@ -5,7 +5,7 @@
 #include "support/testmain.h"
 
 // What the parser takes apart on its way to a text is overwritten: afterwards the file and the texts are all there is.
-class TestDgMemory : public QObject {
+class TestCardParserMemory : public QObject {
     Q_OBJECT
 
 private:
@@ -90,5 +90,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestDgMemory)
-#include "tst_dg_memory.moc"
+VELMOR_TEST(TestCardParserMemory)
+#include "tst_card_parser_memory.moc"

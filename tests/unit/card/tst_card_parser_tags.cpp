@@ -7,7 +7,7 @@ using Accessor = QString (*)(DGParser &);
 Q_DECLARE_METATYPE(Accessor)
 
 // The fields that are found by a search for their tag, in DG11, DG12 and DG13.
-class TstDgParserTags : public QObject {
+class TstCardParserTags : public QObject {
     Q_OBJECT
 
 private slots:
@@ -53,7 +53,7 @@ const TaggedField taggedFields[] = {
 
 } // namespace
 
-void TstDgParserTags::taggedFieldIsFound_data()
+void TstCardParserTags::taggedFieldIsFound_data()
 {
     QTest::addColumn<QString>("group");
     QTest::addColumn<QByteArray>("tag");
@@ -62,7 +62,7 @@ void TstDgParserTags::taggedFieldIsFound_data()
         QTest::newRow(field.name) << QString(field.group) << QByteArray::fromHex(field.tagHex) << field.accessor;
 }
 
-void TstDgParserTags::taggedFieldIsFound()
+void TstCardParserTags::taggedFieldIsFound()
 {
     QFETCH(QString, group);
     QFETCH(QByteArray, tag);
@@ -87,14 +87,14 @@ void TstDgParserTags::taggedFieldIsFound()
     }
 }
 
-void TstDgParserTags::lastOccurrenceOfATagWins()
+void TstCardParserTags::lastOccurrenceOfATagWins()
 {
     const DGParser parser = withGroup("DG13", tlv("5F64", "PIERWSZY") + tlv("5F65", "EWA") + tlv("5F64", "DRUGI"));
 
     QCOMPARE(parser.fatherName(), QString("DRUGI"));
 }
 
-void TstDgParserTags::tagInsideALaterValueShadowsTheField()
+void TstCardParserTags::tagInsideALaterValueShadowsTheField()
 {
     // "_c" is 5F 63: the two bytes further on hide the field, and what follows them is read as a length and a value.
     const DGParser shadowed = withGroup("DG13", tlv("5F63", "WĄS") + tlv("5F65", QByteArray("E_c\x02WA!")));
@@ -104,7 +104,7 @@ void TstDgParserTags::tagInsideALaterValueShadowsTheField()
     QCOMPARE(hidden.familyName(), QString());
 }
 
-void TstDgParserTags::taggedValueMustEndInsideTheFile_data()
+void TstCardParserTags::taggedValueMustEndInsideTheFile_data()
 {
     QTest::addColumn<QByteArray>("file");
     QTest::addColumn<QString>("expected");
@@ -125,7 +125,7 @@ void TstDgParserTags::taggedValueMustEndInsideTheFile_data()
                               << "";
 }
 
-void TstDgParserTags::taggedValueMustEndInsideTheFile()
+void TstCardParserTags::taggedValueMustEndInsideTheFile()
 {
     QFETCH(QByteArray, file);
 
@@ -134,14 +134,14 @@ void TstDgParserTags::taggedValueMustEndInsideTheFile()
     QTEST(parser.familyName(), "expected");
 }
 
-void TstDgParserTags::taggedTextEndsAtAZeroByte()
+void TstCardParserTags::taggedTextEndsAtAZeroByte()
 {
     const DGParser parser = withGroup("DG13", tlv("5F63", QByteArray("AB\0CD", 5)));
 
     QCOMPARE(parser.familyName(), QString("AB"));
 }
 
-void TstDgParserTags::longestShortFormIsRead()
+void TstCardParserTags::longestShortFormIsRead()
 {
     const QByteArray name(127, 'N');
 
@@ -150,7 +150,7 @@ void TstDgParserTags::longestShortFormIsRead()
     QCOMPARE(parser.familyName(), QString(name));
 }
 
-void TstDgParserTags::lengthsFrom80UpGiveAnEmptyText()
+void TstCardParserTags::lengthsFrom80UpGiveAnEmptyText()
 {
     for (int length = 0x80; length <= 0xFF; ++length) {
         const QByteArray file =
@@ -162,14 +162,14 @@ void TstDgParserTags::lengthsFrom80UpGiveAnEmptyText()
     }
 }
 
-void TstDgParserTags::everyFillOfThePlaceOfBirthBecomesABlank()
+void TstCardParserTags::everyFillOfThePlaceOfBirthBecomesABlank()
 {
     const DGParser parser = withGroup("DG11", tlv("5F11", "<NOWY<<SĄCZ<"));
 
     QCOMPARE(parser.birthPlace(), QString(" NOWY  SĄCZ "));
 }
 
-void TstDgParserTags::onlyThePlaceOfBirthLosesItsFill()
+void TstCardParserTags::onlyThePlaceOfBirthLosesItsFill()
 {
     DGParser parser = withGroup("DG12", tlv("5F19", "URZĄD<MIASTA"));
     parser.loadDg("DG13", tlv("5F63", "A<B"));
@@ -178,5 +178,5 @@ void TstDgParserTags::onlyThePlaceOfBirthLosesItsFill()
     QCOMPARE(parser.familyName(), QString("A<B"));
 }
 
-VELMOR_TEST(TstDgParserTags)
-#include "tst_dg_parser_tags.moc"
+VELMOR_TEST(TstCardParserTags)
+#include "tst_card_parser_tags.moc"

@@ -7,7 +7,7 @@ using Accessor = QString (*)(DGParser &);
 Q_DECLARE_METATYPE(Accessor)
 
 // The store of the groups, and the fields of DG1.
-class TstDgParser : public QObject {
+class TstCardParser : public QObject {
     Q_OBJECT
 
 private slots:
@@ -58,7 +58,7 @@ DGParser withGroup(const QString &name, const QByteArray &file)
 
 } // namespace
 
-void TstDgParser::everyFieldOfAWellFormedCard_data()
+void TstCardParser::everyFieldOfAWellFormedCard_data()
 {
     QTest::addColumn<Accessor>("accessor");
     QTest::addColumn<QString>("expected");
@@ -88,7 +88,7 @@ void TstDgParser::everyFieldOfAWellFormedCard_data()
         QTest::newRow(row.name) << row.accessor << QString::fromUtf8(row.expected);
 }
 
-void TstDgParser::everyFieldOfAWellFormedCard()
+void TstCardParser::everyFieldOfAWellFormedCard()
 {
     QFETCH(Accessor, accessor);
     QFETCH(QString, expected);
@@ -99,7 +99,7 @@ void TstDgParser::everyFieldOfAWellFormedCard()
     QCOMPARE(value, expected);
 }
 
-void TstDgParser::emptyFileKeepsTheEarlierContent()
+void TstCardParser::emptyFileKeepsTheEarlierContent()
 {
     DGParser parser = card();
 
@@ -113,7 +113,7 @@ void TstDgParser::emptyFileKeepsTheEarlierContent()
     QCOMPARE(parser.firstName(), QString("ANNA"));
 }
 
-void TstDgParser::laterFileReplacesTheEarlierOne()
+void TstCardParser::laterFileReplacesTheEarlierOne()
 {
     DGParser parser = card();
     Dg1 other;
@@ -124,7 +124,7 @@ void TstDgParser::laterFileReplacesTheEarlierOne()
     QCOMPARE(parser.documentNumber(), QString("XYZ987654"));
 }
 
-void TstDgParser::clearForgetsEveryGroup()
+void TstCardParser::clearForgetsEveryGroup()
 {
     DGParser parser = card();
     QCOMPARE(parser.surname(), QString("ŻÓŁĆ"));
@@ -139,7 +139,7 @@ void TstDgParser::clearForgetsEveryGroup()
     QCOMPARE(parser.surname() + parser.firstName() + parser.secondName(), QString());
 }
 
-void TstDgParser::namesOfGroupsAreExact()
+void TstCardParser::namesOfGroupsAreExact()
 {
     DGParser parser;
 
@@ -149,7 +149,7 @@ void TstDgParser::namesOfGroupsAreExact()
     QCOMPARE(parser.documentNumber(), QString());
 }
 
-void TstDgParser::loadingAndClearingAreLogged()
+void TstCardParser::loadingAndClearingAreLogged()
 {
     DGParser parser;
     const LogCatcher log;
@@ -161,7 +161,7 @@ void TstDgParser::loadingAndClearingAreLogged()
     QCOMPARE(log.lines(), QStringList({ "loadDG: DG12 size:  17", "clear DG data" }));
 }
 
-void TstDgParser::emptyLoadIsLoggedToo()
+void TstCardParser::emptyLoadIsLoggedToo()
 {
     DGParser parser;
     const LogCatcher log;
@@ -171,7 +171,7 @@ void TstDgParser::emptyLoadIsLoggedToo()
     QCOMPARE(log.lines(), QStringList({ "loadDG: DG2 size:  0" }));
 }
 
-void TstDgParser::sexBecomesAWord_data()
+void TstCardParser::sexBecomesAWord_data()
 {
     QTest::addColumn<QByteArray>("letter");
     QTest::addColumn<QString>("expected");
@@ -185,7 +185,7 @@ void TstDgParser::sexBecomesAWord_data()
     QTest::newRow("a zero byte is no text") << QByteArray(1, '\0') << "";
 }
 
-void TstDgParser::sexBecomesAWord()
+void TstCardParser::sexBecomesAWord()
 {
     QFETCH(QByteArray, letter);
     Dg1 dg1;
@@ -196,7 +196,7 @@ void TstDgParser::sexBecomesAWord()
     QTEST(parser.sex(), "expected");
 }
 
-void TstDgParser::onlyPolBecomesAWord_data()
+void TstCardParser::onlyPolBecomesAWord_data()
 {
     QTest::addColumn<QByteArray>("country");
     QTest::addColumn<QString>("expected");
@@ -206,7 +206,7 @@ void TstDgParser::onlyPolBecomesAWord_data()
     QTest::newRow("D with fill") << QByteArray("D<<") << "D<<";
 }
 
-void TstDgParser::onlyPolBecomesAWord()
+void TstCardParser::onlyPolBecomesAWord()
 {
     QFETCH(QByteArray, country);
     Dg1 dg1;
@@ -217,7 +217,7 @@ void TstDgParser::onlyPolBecomesAWord()
     QTEST(parser.nationality(), "expected");
 }
 
-void TstDgParser::documentNumberLosesItsFill_data()
+void TstCardParser::documentNumberLosesItsFill_data()
 {
     QTest::addColumn<QByteArray>("number");
     QTest::addColumn<QString>("expected");
@@ -227,7 +227,7 @@ void TstDgParser::documentNumberLosesItsFill_data()
     QTest::newRow("fill only") << QByteArray("<<<<<<<<<") << "";
 }
 
-void TstDgParser::documentNumberLosesItsFill()
+void TstCardParser::documentNumberLosesItsFill()
 {
     QFETCH(QByteArray, number);
     Dg1 dg1;
@@ -238,7 +238,7 @@ void TstDgParser::documentNumberLosesItsFill()
     QTEST(parser.documentNumber(), "expected");
 }
 
-void TstDgParser::documentNumberOfAShortFileIsItsLastNineCharacters()
+void TstCardParser::documentNumberOfAShortFileIsItsLastNineCharacters()
 {
     const QByteArray file = Dg1().file();
 
@@ -248,7 +248,7 @@ void TstDgParser::documentNumberOfAShortFileIsItsLastNineCharacters()
     QCOMPARE(withGroup("DG1", file.left(2)).documentNumber(), QString("a]"));
 }
 
-void TstDgParser::headerOfDg1IsNotChecked()
+void TstCardParser::headerOfDg1IsNotChecked()
 {
     QByteArray file = Dg1().file();
     file.replace(0, 5, "wrong");
@@ -259,7 +259,7 @@ void TstDgParser::headerOfDg1IsNotChecked()
     QCOMPARE(parser.sex(), QString("KOBIETA"));
 }
 
-void TstDgParser::absentDg1GivesEmptyTexts()
+void TstCardParser::absentDg1GivesEmptyTexts()
 {
     const DGParser parser;
 
@@ -269,7 +269,7 @@ void TstDgParser::absentDg1GivesEmptyTexts()
     QCOMPARE(parser.personalNumber(), QString());
 }
 
-void TstDgParser::personalNumberFallsBackToDg1_data()
+void TstCardParser::personalNumberFallsBackToDg1_data()
 {
     QTest::addColumn<QByteArray>("dg11");
     QTest::addColumn<QString>("expected");
@@ -280,7 +280,7 @@ void TstDgParser::personalNumberFallsBackToDg1_data()
     QTest::newRow("no DG11") << QByteArray() << "84052312345";
 }
 
-void TstDgParser::personalNumberFallsBackToDg1()
+void TstCardParser::personalNumberFallsBackToDg1()
 {
     QFETCH(QByteArray, dg11);
     DGParser parser = withGroup("DG1", Dg1().file());
@@ -290,7 +290,7 @@ void TstDgParser::personalNumberFallsBackToDg1()
     QTEST(parser.personalNumber(), "expected");
 }
 
-void TstDgParser::badGroupDoesNotDisturbTheOthers()
+void TstCardParser::badGroupDoesNotDisturbTheOthers()
 {
     for (const char *bad : { "DG1", "DG2", "DG11", "DG12", "DG13" }) {
         DGParser parser = card();
@@ -305,5 +305,5 @@ void TstDgParser::badGroupDoesNotDisturbTheOthers()
     }
 }
 
-VELMOR_TEST(TstDgParser)
-#include "tst_dg_parser.moc"
+VELMOR_TEST(TstCardParser)
+#include "tst_card_parser.moc"

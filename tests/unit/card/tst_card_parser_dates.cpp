@@ -8,7 +8,7 @@
 #include <cstdio>
 
 // Dates of birth, issue and expiry.
-class TstDgParserDates : public QObject {
+class TstCardParserDates : public QObject {
     Q_OBJECT
 
 private slots:
@@ -60,7 +60,7 @@ constexpr char printExpiry[] = "--print-expiry";
 
 } // namespace
 
-void TstDgParserDates::expiryDateInFigures_data()
+void TstCardParserDates::expiryDateInFigures_data()
 {
     QTest::addColumn<QByteArray>("expiry");
     QTest::addColumn<QString>("expected");
@@ -71,7 +71,7 @@ void TstDgParserDates::expiryDateInFigures_data()
     QTest::newRow("no figures") << QByteArray("<<ABCD") << "CD.AB.20<<";
 }
 
-void TstDgParserDates::expiryDateInFigures()
+void TstCardParserDates::expiryDateInFigures()
 {
     QFETCH(QByteArray, expiry);
 
@@ -80,7 +80,7 @@ void TstDgParserDates::expiryDateInFigures()
     QTEST(parser.expiryDate(false), "expected");
 }
 
-void TstDgParserDates::expiryDateInWords_data()
+void TstCardParserDates::expiryDateInWords_data()
 {
     QTest::addColumn<QByteArray>("expiry");
     QTest::addColumn<QString>("expected");
@@ -113,7 +113,7 @@ void TstDgParserDates::expiryDateInWords_data()
         QTest::newRow(row.expiry) << QByteArray(row.expiry) << QString::fromUtf8(row.expected);
 }
 
-void TstDgParserDates::expiryDateInWords()
+void TstCardParserDates::expiryDateInWords()
 {
     QFETCH(QByteArray, expiry);
 
@@ -122,7 +122,7 @@ void TstDgParserDates::expiryDateInWords()
     QTEST(parser.expiryDate(true), "expected");
 }
 
-void TstDgParserDates::expiryMonthFollowsTheLanguageOfTheMachine_data()
+void TstCardParserDates::expiryMonthFollowsTheLanguageOfTheMachine_data()
 {
     QTest::addColumn<QString>("language");
     QTest::addColumn<QString>("expected");
@@ -133,7 +133,7 @@ void TstDgParserDates::expiryMonthFollowsTheLanguageOfTheMachine_data()
                             << "17 Oktober 2033";
 }
 
-void TstDgParserDates::expiryMonthFollowsTheLanguageOfTheMachine()
+void TstCardParserDates::expiryMonthFollowsTheLanguageOfTheMachine()
 {
 #ifdef Q_OS_WIN
     QSKIP("The language of the machine is no environment variable here");
@@ -150,7 +150,7 @@ void TstDgParserDates::expiryMonthFollowsTheLanguageOfTheMachine()
     QTEST(QString::fromUtf8(machine.readAllStandardOutput()), "expected");
 }
 
-void TstDgParserDates::absentDg1GivesPointsOrNothing()
+void TstCardParserDates::absentDg1GivesPointsOrNothing()
 {
     const DGParser parser;
 
@@ -158,7 +158,7 @@ void TstDgParserDates::absentDg1GivesPointsOrNothing()
     QCOMPARE(parser.expiryDate(true), QString());
 }
 
-void TstDgParserDates::shortDg1GivesAPartialExpiryDate()
+void TstCardParserDates::shortDg1GivesAPartialExpiryDate()
 {
     const auto expiry = [](int size, bool longForm) {
         DGParser parser;
@@ -176,7 +176,7 @@ void TstDgParserDates::shortDg1GivesAPartialExpiryDate()
     QCOMPARE(expiry(49, true), QString("17 października 2033"));
 }
 
-void TstDgParserDates::birthDateComesFromDg11_data()
+void TstCardParserDates::birthDateComesFromDg11_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("expected");
@@ -193,7 +193,7 @@ void TstDgParserDates::birthDateComesFromDg11_data()
     QTest::newRow("none") << QByteArray() << "14.07.2002";
 }
 
-void TstDgParserDates::birthDateComesFromDg11()
+void TstCardParserDates::birthDateComesFromDg11()
 {
     QFETCH(QByteArray, value);
     DGParser parser = withPersonalNumber("02271409862");
@@ -205,7 +205,7 @@ void TstDgParserDates::birthDateComesFromDg11()
     QTEST(parser.birthDate(), "expected");
 }
 
-void TstDgParserDates::centuryStandsInTheMonth_data()
+void TstCardParserDates::centuryStandsInTheMonth_data()
 {
     QTest::addColumn<QByteArray>("number");
     QTest::addColumn<QString>("expected");
@@ -222,7 +222,7 @@ void TstDgParserDates::centuryStandsInTheMonth_data()
         QTest::newRow(row.number) << QByteArray(row.number) << row.expected;
 }
 
-void TstDgParserDates::centuryStandsInTheMonth()
+void TstCardParserDates::centuryStandsInTheMonth()
 {
     QFETCH(QByteArray, number);
 
@@ -231,7 +231,7 @@ void TstDgParserDates::centuryStandsInTheMonth()
     QTEST(parser.birthDate(), "expected");
 }
 
-void TstDgParserDates::everyOtherCharacterGivesCentury00()
+void TstCardParserDates::everyOtherCharacterGivesCentury00()
 {
     for (int character = 1; character < 0x80; ++character) {
         if (character >= '0' && character <= '9')
@@ -245,14 +245,14 @@ void TstDgParserDates::everyOtherCharacterGivesCentury00()
     }
 }
 
-void TstDgParserDates::absentGroupsGivePointsAnd00()
+void TstCardParserDates::absentGroupsGivePointsAnd00()
 {
     const DGParser parser;
 
     QCOMPARE(parser.birthDate(), QString("..00"));
 }
 
-void TstDgParserDates::shortDg1GivesAPartialBirthDate_data()
+void TstCardParserDates::shortDg1GivesAPartialBirthDate_data()
 {
     QTest::addColumn<int>("size");
     QTest::addColumn<QString>("expected");
@@ -265,7 +265,7 @@ void TstDgParserDates::shortDg1GivesAPartialBirthDate_data()
     QTest::newRow("all") << 59 << "23.05.1984";
 }
 
-void TstDgParserDates::shortDg1GivesAPartialBirthDate()
+void TstCardParserDates::shortDg1GivesAPartialBirthDate()
 {
     QFETCH(int, size);
     DGParser parser;
@@ -275,7 +275,7 @@ void TstDgParserDates::shortDg1GivesAPartialBirthDate()
     QTEST(parser.birthDate(), "expected");
 }
 
-void TstDgParserDates::issueDateIsNotChecked_data()
+void TstCardParserDates::issueDateIsNotChecked_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("expected");
@@ -289,7 +289,7 @@ void TstDgParserDates::issueDateIsNotChecked_data()
     QTest::newRow("empty") << QByteArray() << "..";
 }
 
-void TstDgParserDates::issueDateIsNotChecked()
+void TstCardParserDates::issueDateIsNotChecked()
 {
     QFETCH(QByteArray, value);
     DGParser parser;
@@ -314,7 +314,7 @@ int main(int argc, char *argv[])
     qputenv("LC_ALL", "pl_PL.UTF-8");
     TestHome home;
     QApplication application(argc, argv);
-    TstDgParserDates test;
+    TstCardParserDates test;
     return QTest::qExec(&test, argc, argv);
 }
-#include "tst_dg_parser_dates.moc"
+#include "tst_card_parser_dates.moc"

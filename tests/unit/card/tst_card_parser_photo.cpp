@@ -4,7 +4,7 @@
 #include "card/card-parser.h"
 
 // The picture in DG2.
-class TstDgParserPhoto : public QObject {
+class TstCardParserPhoto : public QObject {
     Q_OBJECT
 
 private slots:
@@ -51,7 +51,7 @@ QStringList logOfPhoto(const QByteArray &file)
 
 } // namespace
 
-void TstDgParserPhoto::pictureRunsFromItsMarkerToTheOuterEnd()
+void TstCardParserPhoto::pictureRunsFromItsMarkerToTheOuterEnd()
 {
     for (const int size : { 0, 1, 100, 255, 256, 20000, 65000 }) {
         Dg2 dg2;
@@ -61,7 +61,7 @@ void TstDgParserPhoto::pictureRunsFromItsMarkerToTheOuterEnd()
     }
 }
 
-void TstDgParserPhoto::firstByteIsNotLookedAt()
+void TstCardParserPhoto::firstByteIsNotLookedAt()
 {
     QByteArray file = Dg2().file();
     for (int value = 0; value <= 0xFF; ++value) {
@@ -71,7 +71,7 @@ void TstDgParserPhoto::firstByteIsNotLookedAt()
     }
 }
 
-void TstDgParserPhoto::onlyTheTwoByteLengthIsRead()
+void TstCardParserPhoto::onlyTheTwoByteLengthIsRead()
 {
     QByteArray file = Dg2().file();
     for (int value = 0; value <= 0xFF; ++value) {
@@ -81,7 +81,7 @@ void TstDgParserPhoto::onlyTheTwoByteLengthIsRead()
     }
 }
 
-void TstDgParserPhoto::firstMarkerInTheFileWins()
+void TstCardParserPhoto::firstMarkerInTheFileWins()
 {
     Dg2 dg2;
     dg2.headers = hex("1122FFD83344");
@@ -89,18 +89,18 @@ void TstDgParserPhoto::firstMarkerInTheFileWins()
     QCOMPARE(photoIn(dg2.file()), hex("FFD83344") + jpeg());
 }
 
-void TstDgParserPhoto::markerMayStandInTheLength()
+void TstCardParserPhoto::markerMayStandInTheLength()
 {
     // 65496 bytes are announced, and their two length bytes are the marker.
     QCOMPARE(photoIn(hex("7582FFD8010203")), hex("FFD8010203"));
 }
 
-void TstDgParserPhoto::bytesBehindTheOuterEndAreLeftOut()
+void TstCardParserPhoto::bytesBehindTheOuterEndAreLeftOut()
 {
     QCOMPARE(photoIn(Dg2().file() + "behind"), jpeg());
 }
 
-void TstDgParserPhoto::lengthBytesAreUnsigned()
+void TstCardParserPhoto::lengthBytesAreUnsigned()
 {
     // 0x80FF bytes: each of the two length bytes would be negative as a signed one.
     Dg2 dg2;
@@ -110,7 +110,7 @@ void TstDgParserPhoto::lengthBytesAreUnsigned()
     QCOMPARE(photoIn(dg2.file() + "behind"), dg2.picture);
 }
 
-void TstDgParserPhoto::outerEndBeforeTheMarkerGivesNoPicture()
+void TstCardParserPhoto::outerEndBeforeTheMarkerGivesNoPicture()
 {
     QCOMPARE(photoIn(hex("75820000") + "headers" + jpeg()), QByteArray());
     QCOMPARE(photoIn(hex("75820006") + "headers" + jpeg()), QByteArray());
@@ -118,39 +118,39 @@ void TstDgParserPhoto::outerEndBeforeTheMarkerGivesNoPicture()
     QCOMPARE(photoIn(hex("75820008") + "headers" + jpeg()), hex("FF"));
 }
 
-void TstDgParserPhoto::outerEndBehindTheFileGivesWhatIsThere()
+void TstCardParserPhoto::outerEndBehindTheFileGivesWhatIsThere()
 {
     QCOMPARE(photoIn(hex("7582FFFF") + "headers" + jpeg()), jpeg());
     QCOMPARE(photoIn(Dg2().file().chopped(10)), jpeg().chopped(10));
 }
 
-void TstDgParserPhoto::shortFilesGiveNoPicture()
+void TstCardParserPhoto::shortFilesGiveNoPicture()
 {
     for (const char *file : { "75", "7582", "758200", "7582FF", "75820002", "75820002FF", "FFD8", "FF82FFD7" })
         QCOMPARE(photoIn(hex(file)), QByteArray());
     QCOMPARE(photoIn(hex("75820002FFD8")), hex("FFD8"));
 }
 
-void TstDgParserPhoto::noGroupIsLogged()
+void TstCardParserPhoto::noGroupIsLogged()
 {
     QCOMPARE(logOfPhoto(QByteArray()), QStringList({ "Byte array of DG2 is empty" }));
 }
 
-void TstDgParserPhoto::otherLengthFormIsLogged()
+void TstCardParserPhoto::otherLengthFormIsLogged()
 {
     QCOMPARE(logOfPhoto(hex("758106FFD801020304")), QStringList({ "Photo size: 9", "actual size is less than 0" }));
     QCOMPARE(logOfPhoto(hex("75")), QStringList({ "Photo size: 1", "actual size is less than 0" }));
 }
 
-void TstDgParserPhoto::missingMarkerIsLoggedAsLoaded()
+void TstCardParserPhoto::missingMarkerIsLoggedAsLoaded()
 {
     QCOMPARE(logOfPhoto(hex("75820004FFD7D8FF")), QStringList({ "Photo size: 8", "photo loaded" }));
 }
 
-void TstDgParserPhoto::goodPictureLogsItsSizeOnly()
+void TstCardParserPhoto::goodPictureLogsItsSizeOnly()
 {
     QCOMPARE(logOfPhoto(hex("75820004FFD8FFD9")), QStringList({ "Photo size: 8" }));
 }
 
-VELMOR_TEST(TstDgParserPhoto)
-#include "tst_dg_parser_photo.moc"
+VELMOR_TEST(TstCardParserPhoto)
+#include "tst_card_parser_photo.moc"

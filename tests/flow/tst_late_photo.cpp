@@ -87,6 +87,17 @@ private slots:
         QVERIFY(QApplication::focusWidget() != flow->widget("widgetBlurICAO"));
     }
 
+    void loaderKeepsTheFocus()
+    {
+        showHomeWithoutPhoto();
+        flow->window->quitClicked();
+
+        letThePhotoCome();
+
+        QCOMPARE(flow->page(), QString("pageHome"));
+        QCOMPARE(QApplication::focusWidget(), flow->widget("loadingDesc"));
+    }
+
     // Its arrow is not there yet, but a double click on the tile opens the page.
     void personalDataShowThePhotoAsItComes()
     {

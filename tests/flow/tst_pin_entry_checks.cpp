@@ -113,6 +113,26 @@ private slots:
         QVERIFY(flow->label(shown.otherPagesNewHint)->isHidden());
     }
 
+    // Those of the other page stay.
+    void leavingTheChangeTakesItsHintsAway()
+    {
+        QVERIFY(flow->start("anna"));
+        flow->openPinPage(sim::Authentication);
+        const char *own[] = { "lActualPinInfo", "lNewPinInfo", "lRepeatPinInfo" };
+        const char *others[] = { "lPinInfoPuk", "lNewPinInfoPuk", "lRepeatPinInfoPuk" };
+        for (const auto &page : { own, others }) {
+            for (int i = 0; i < 3; ++i)
+                flow->label(page[i])->show();
+        }
+
+        flow->click("bCancel");
+
+        for (const char *name : own)
+            QVERIFY2(flow->label(name)->isHidden(), name);
+        for (const char *name : others)
+            QVERIFY2(!flow->label(name)->isHidden(), name);
+    }
+
     // Also where the entry is refused for another reason.
     void equalRepetitionLooksGoodAgain_data() { addPages(); }
     void equalRepetitionLooksGoodAgain()

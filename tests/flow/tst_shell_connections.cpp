@@ -7,6 +7,8 @@
 #include <QDialogButtonBox>
 #include <QGraphicsEffect>
 
+#include <thread>
+
 // Which widget leads where, told by what the slot writes or shows, and how the program ends.
 class TestShellConnections : public QObject {
     Q_OBJECT
@@ -178,6 +180,31 @@ private slots:
         flow->window.reset();
 
         QCOMPARE(log.count("closeTheards()"), 1);
+        QVERIFY(!log.has("terminateTheards()"));
+        QCOMPARE(log.count("threads closed"), 1);
+    }
+
+    // It looks once a second whether the thread has ended; all its patience without a pause would be none.
+    void windowThatGoesWaitsForACallUnderWay()
+    {
+        QVERIFY(flow->showCard("anna"));
+        sim::Fault fault;
+        fault.function = "C_GetSlotList";
+        fault.block = true;
+        flow->world.addFault(fault);
+        flow->window->loadAll();
+        QTRY_COMPARE(flow->world.waitingCalls(), 1);
+        LogCatcher log;
+        std::thread card([this, &log] {
+            while (!log.has("closeTheards()"))
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            flow->world.release();
+        });
+
+        flow->window.reset();
+
+        card.join();
         QVERIFY(!log.has("terminateTheards()"));
         QCOMPARE(log.count("threads closed"), 1);
     }

@@ -302,6 +302,21 @@ private slots:
         QVERIFY(report->toPlainText().endsWith("Czytnik Alfa"));
     }
 
+    // Each text counts with its line's end.
+    void diagnosisUpToTheBoundIsShown()
+    {
+        flow->openWindow();
+        flow->window->moveToHelpPage();
+        const auto *report = flow->find<QTextEdit>("tDiagnosticsRaport");
+        constexpr int bound = 64 * 1024;
+        for (const int last : { bound - 1, bound }) {
+            flow->window->getSystemInfo();
+            receive(IpcMsg { { "diagnoseReaders", QByteArray(999, 'x') } });
+            receive(IpcMsg { { "diagnoseReaders", QByteArray(last - 1000, 'y') } });
+            QCOMPARE(report->toPlainText().contains("Dalsza diagnostyka"), last == bound);
+        }
+    }
+
     void diagnosisIsAppendedLineByLineAndEnablesTheButtons()
     {
         flow->openWindow();

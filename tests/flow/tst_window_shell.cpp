@@ -48,6 +48,8 @@ private slots:
         flow.reset();
         Settings::instance()->setValue("updateAvailable", "");
         Settings::instance()->setValue("updateInProgress", "");
+        Settings::instance()->setValue(SettingsKey::theme, "");
+        GuiBase::instance()->load();
     }
 
     void titleMakesRoomForASubtitle()
@@ -123,6 +125,48 @@ private slots:
         const QLabel *picture = flow->label(qPrintable(label));
         QVERIFY(!picture->property("pixmapSize").toSize().isEmpty());
         QCOMPARE(picture->pixmap(Qt::ReturnByValue).size(), picture->property("pixmapSize").toSize());
+    }
+
+    void fixedPicturesAreThoseOfTheTheme_data()
+    {
+        QTest::addColumn<QString>("theme");
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<QString>("file");
+        const struct {
+            const char *label;
+            const char *file;
+        } rows[] = {
+            { "lfooter", "footer.svg" },
+            { "lostrel", "ostrel.svg" },
+            { "lno_connection", "no_connection.svg" },
+            { "lpinpad", "pinpad.svg" },
+            { "lchange_card", "change_card.svg" },
+            { "lPinPadImg_2", "pinpad.svg" },
+        };
+        for (const char *theme : { "dark", "highContrast" }) {
+            for (const auto &row : rows)
+                QTest::addRow("%s, %s", theme, row.label) << theme << row.label << row.file;
+        }
+    }
+    void fixedPicturesAreThoseOfTheTheme()
+    {
+        QFETCH(QString, theme);
+        QFETCH(QString, label);
+        QFETCH(QString, file);
+        Settings::instance()->setValue(SettingsKey::theme, theme);
+        GuiBase::instance()->load();
+        flow->openWindow();
+
+        const QLabel *picture = flow->label(qPrintable(label));
+        const QSize size = picture->property("pixmapSize").toSize();
+        const auto drawn = [&size](const QString &path) {
+            QFile svg(path);
+            return svg.open(QIODevice::ReadOnly) ? GuiBase::renderSvg(svg.readAll(), size).toImage() : QImage();
+        };
+        const QString own = ":/themes/" + QString(theme == "dark" ? "dark/" : "hc/") + file;
+        QVERIFY(!drawn(own).isNull());
+        QVERIFY(drawn(own) != drawn(":/images/" + file));
+        QCOMPARE(picture->pixmap(Qt::ReturnByValue).toImage(), drawn(own));
     }
 
     void widgetsThatWaitForTheirTimeAreHidden()

@@ -46,6 +46,7 @@ private slots:
     void lineThatCannotBeWrittenIsLost();
     void linesOfTwoThreadsStayWhole();
     void standardOutputHasTestLinesOnly();
+    void lineOnStandardOutputIsThereAtOnce();
     void timeOnStandardOutputRunsFromTheLastRestart();
 
 private:
@@ -59,6 +60,7 @@ private:
 namespace {
 
 constexpr char childLog[] = "--log";
+constexpr char childWait[] = "--log-and-wait";
 
 // A line without its time.
 QString withoutTime(const QString &line)
@@ -365,6 +367,20 @@ void TstAppLog::standardOutputHasTestLinesOnly()
     QCOMPARE(lines.at(2), QString());
 }
 
+// Whoever reads the other end of a pipe waits for it.
+void TstAppLog::lineOnStandardOutputIsThereAtOnce()
+{
+    QProcess program;
+
+    program.start(QCoreApplication::applicationFilePath(), { childWait });
+
+    QVERIFY(program.waitForReadyRead());
+    QVERIFY(program.readAllStandardOutput().contains("[test] waits"));
+    QCOMPARE(program.state(), QProcess::Running);
+    program.closeWriteChannel();
+    QVERIFY(program.waitForFinished());
+}
+
 void TstAppLog::timeOnStandardOutputRunsFromTheLastRestart()
 {
     QProcess program;
@@ -381,6 +397,12 @@ void TstAppLog::timeOnStandardOutputRunsFromTheLastRestart()
 // With an argument of its own the program only logs a few lines.
 int main(int argc, char *argv[])
 {
+    if (argc == 2 && qstrcmp(argv[1], childWait) == 0) {
+        AppLog::restartTimer();
+        logAs("window.cpp", "[test] waits");
+        // Until the parent lets go.
+        return std::getchar() == EOF ? 0 : 1;
+    }
     if (argc == 2 && qstrcmp(argv[1], childLog) == 0) {
         AppLog::restartTimer();
         logAs("window.cpp", "an ordinary line");

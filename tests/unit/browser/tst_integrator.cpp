@@ -76,6 +76,20 @@ private slots:
         QCOMPARE(next->nextInFocusChain(), boxes.behind);
     }
 
+    void nameOfSeveralBrowsersIsInThePlural()
+    {
+        BoxesBetweenButtons boxes;
+
+        addApplicationChecks(
+            boxes.checks, { "Firefox", "Alfa, Beta" }, [](const QString &) { return true; }, boxes.ahead);
+
+        const auto textOf = [&](int at) {
+            return qobject_cast<QCheckBox *>(boxes.checks->itemAt(at)->widget())->text();
+        };
+        QCOMPARE(textOf(0), QString("Przeglądarce Firefox"));
+        QCOMPARE(textOf(1), QString("Przeglądarkach: Alfa, Beta"));
+    }
+
     void withoutAnApplicationALabelSaysSo()
     {
         BoxesBetweenButtons boxes;

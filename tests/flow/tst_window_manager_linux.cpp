@@ -150,7 +150,16 @@ private slots:
     {
         QFETCH(QString, key);
         QFETCH(int, result);
-        QTimer::singleShot(150, this, [key] { QVERIFY(xdotool({ "key", key })); });
+        // Once the display has handed it the keyboard.
+        QTimer look;
+        connect(&look, &QTimer::timeout, &look, [&look, key] {
+            const QWidget *dialog = QApplication::activeModalWidget();
+            if (!dialog || QGuiApplication::focusWindow() != dialog->windowHandle())
+                return;
+            look.stop();
+            QVERIFY(xdotool({ "key", key }));
+        });
+        look.start(10);
         QTimer::singleShot(8000, flow->window.get(), [this] { emit flow->window->closePopups(); });
 
         const int ended = Popup::warning(flow->window.get(), {}, "Jeden", QDialogButtonBox::Ok);

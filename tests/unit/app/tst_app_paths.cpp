@@ -102,6 +102,7 @@ void TstAppPaths::foldersOfAPlatform_data()
     QTest::newRow("mac") << "mac"
                          << QStringList { "/Contents/Resources", "/Contents/Resources", "/Contents/lib",
                                           "/Contents/MacOS" };
+    QTest::newRow("unknown") << "bsd" << QStringList { "", "", "", "" };
 }
 
 void TstAppPaths::foldersOfAPlatform()

@@ -97,6 +97,17 @@ private slots:
         QCOMPARE(joinSecrets({ u"ab", digits.text(), QStringView(), u"ż" }), "ab" + digits.text() + "ż");
     }
 
+    // No part of it is left where a text that has grown lay before.
+    void joinedTextDoesNotGrow()
+    {
+        for (const int length : { 3, 17, 100 }) {
+            const QString part(length, 'a');
+            const QString joined = joinSecrets({ part, u"b", part });
+            QCOMPARE(joined.size(), 2 * length + 1);
+            QCOMPARE(joined.capacity(), joined.size());
+        }
+    }
+
     void textIsOverwrittenForAllWhoShareIt()
     {
         const HiddenDigits own { "51938462" };

@@ -1,0 +1,40 @@
+#include "system/program_runs.h"
+
+#include <QStandardPaths>
+
+// The factor that the program chooses, on a display of twice the density: the window has to find room in it.
+class TestProgramScreens : public QObject, private ProgramRuns {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        if (QStandardPaths::findExecutable("xvfb-run").isEmpty())
+            QSKIP("no xvfb-run");
+        QVERIFY(QDir().mkpath(logFolder()));
+    }
+    void cleanup() { QFile::remove(logPath()); }
+
+    void windowIsDrawnTwiceAsLargeWhereItFits_data()
+    {
+        QTest::addColumn<QString>("screen");
+        QTest::addColumn<int>("factor");
+        QTest::newRow("it just fits") << "1800x1394" << 2;
+        QTest::newRow("too low") << "1800x1393" << 1;
+        QTest::newRow("too narrow") << "1792x1394" << 1;
+    }
+    void windowIsDrawnTwiceAsLargeWhereItFits()
+    {
+        QFETCH(QString, screen);
+        QFETCH(int, factor);
+
+        const Outcome outcome = runToEnd({ "-a", "-s", "-screen 0 " + screen + "x24 -dpi 192", program(), "-v" },
+                                         { { "QT_QPA_PLATFORM", "xcb" }, { "QT_FONT_DPI", QString() } }, "xvfb-run");
+
+        QCOMPARE(outcome.code, 0);
+        QVERIFY2(logHas(QString("Scale factors:   %1").arg(factor)), qPrintable(logText()));
+    }
+};
+
+VELMOR_TEST(TestProgramScreens)
+#include "tst_program_screens_linux.moc"

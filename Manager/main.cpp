@@ -41,14 +41,10 @@ bool hasArgument(int argc, char *argv[], const char *wanted)
 // is built for this question alone, on a copy of the arguments, of which it takes out its own.
 void chooseScaleFactors(int argc, char *argv[])
 {
-    std::vector<std::unique_ptr<char[]>> texts;
+    std::vector<QByteArray> texts(argv, argv + argc);
     std::vector<char *> copy;
-    for (int i = 0; i < argc; ++i) {
-        const std::size_t size = std::strlen(argv[i]) + 1;
-        texts.push_back(std::make_unique<char[]>(size));
-        std::memcpy(texts.back().get(), argv[i], size);
-        copy.push_back(texts.back().get());
-    }
+    for (QByteArray &text : texts)
+        copy.push_back(text.data());
     copy.push_back(nullptr);
     int count = argc;
     auto application = std::make_unique<QApplication>(count, copy.data());

@@ -125,13 +125,10 @@ EmptyFontConfiguration::EmptyFontConfiguration()
 {
     if (qEnvironmentVariableIsSet(fontVariable))
         return;
-    // A file with a name: the library resolves what it is given and opens it again.
+    // A file with a name: the library resolves what it is given and opens it again. Where none can be made, all that
+    // follows fails as well, and the system's configuration is read.
     file = QFile::encodeName(QDir::tempPath()) + "/fonts-XXXXXX";
     const int descriptor = mkstemp(file.data());
-    if (descriptor < 0) {
-        file.clear();
-        return;
-    }
     constexpr char nothing[] = "<fontconfig/>";
     if (write(descriptor, nothing, sizeof nothing - 1) > 0)
         qputenv(fontVariable, file);

@@ -226,10 +226,11 @@ void Popup::growFrame()
     if (ui->footer->isVisible())
         ui->footer->setFixedHeight(qMax(ui->footer->height(), ui->footer->layout()->minimumSize().height()));
     const int border = borderOf(ui->mainFrame);
-    const int wanted = qMax(ui->mainFrame->width(), leastWidth() + border);
+    const auto least = [this, border] { return leastWidth() + border; };
+    const int wanted = qMax(ui->mainFrame->width(), least());
     if (wanted > room && !customWidget)
         wrapAtScreen(room - border);
-    const int width = qMax(qMin(wanted, room), leastWidth() + border);
+    const int width = qMax(qMin(wanted, room), least());
     ui->mainFrame->setFixedSize(width, qMax(ui->mainFrame->height(), heightFor(width - border) + border));
 }
 

@@ -19,7 +19,7 @@ constexpr int historyRoom = 1024;
 constexpr int textRoom = 32;
 
 QAccessible::UpdateHandler handlerBefore = nullptr;
-bool installed = false;
+bool handlerInstalled = false;
 bool silent = false;
 
 void tellAsBullets(QAccessibleEvent *event);
@@ -137,9 +137,9 @@ private:
 
 void tellSecretsAsBullets()
 {
-    if (installed)
+    if (handlerInstalled)
         return;
-    installed = true;
+    handlerInstalled = true;
     handlerBefore = QAccessible::installUpdateHandler(tellAsBullets);
 }
 

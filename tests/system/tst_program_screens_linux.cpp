@@ -34,6 +34,35 @@ private slots:
         QCOMPARE(outcome.code, 0);
         QVERIFY2(logHas(QString("Scale factors:   %1").arg(factor)), qPrintable(logText()));
     }
+
+    // It takes them out of its arguments, and the lasting application finds them in its own.
+    void optionsOfTheToolkitReachBothApplications()
+    {
+        const Outcome outcome = runToEnd({ "-platform", "offscreen", "-v" }, { { "QT_QPA_PLATFORM", "not-there" } });
+
+        QCOMPARE(outcome.code, 0);
+        QCOMPARE(outcome.output.trimmed(), QByteArray("Manager 4.3.5"));
+        QVERIFY2(logHas("Scale factors:"), qPrintable(logText()));
+    }
+
+    // Every argument is looked at, the program's own name as well.
+    void nameThatIsTheProbesOptionCounts_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("chosen");
+        QTest::newRow("the option") << "-t" << false;
+        QTest::newRow("another") << "Manager" << true;
+    }
+    void nameThatIsTheProbesOptionCounts()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, chosen);
+
+        const Outcome outcome = runToEnd({ "-c", "exec -a \"$1\" \"$0\" -v", program(), name }, {}, "bash");
+
+        QCOMPARE(outcome.code, 0);
+        QCOMPARE(logHas("Scale factors:"), chosen);
+    }
 };
 
 VELMOR_TEST(TestProgramScreens)

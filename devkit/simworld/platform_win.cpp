@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include <windows.h>
@@ -221,6 +222,11 @@ bool replaceFile(const std::string &path, const std::string &bytes)
 
 bool appendFile(const std::string &path, const std::string &bytes)
 {
+    // Wine looks where the file ends and writes there, in two steps, so threads take turns. Not for ever: one that is
+    // ended by force in its turn must not keep the others.
+    constexpr std::chrono::milliseconds patience { 100 };
+    static std::timed_mutex turn;
+    const std::unique_lock<std::timed_mutex> mine(turn, patience);
     return File(path, FILE_APPEND_DATA, OPEN_ALWAYS).write(bytes);
 }
 

@@ -19,6 +19,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <numeric>
 
 namespace {
@@ -238,18 +239,35 @@ void measureIdle(const char *name, const QStringList &args)
     constexpr int seconds = 15;
     const Program monitor(sibling("velmor_monitor"));
     const Program manager(sibling("bin/Manager"), args);
+    const Program empty(QCoreApplication::applicationFilePath(), { "look" });
     if (!waitUntilRuns("Manager"))
         qFatal("no Manager");
     QTest::qWait(settling);
     const Usage before = usageOf(manager.id());
+    const Usage emptyBefore = usageOf(empty.id());
     QThread::sleep(seconds);
     const Usage after = usageOf(manager.id());
+    const Usage emptyAfter = usageOf(empty.id());
     std::printf("idle program on the %s, of one core | %.2f %% | 0.15 %%\n", name,
                 100 * (after.cpuSeconds - before.cpuSeconds) / seconds);
+    std::printf("an empty window that looks as often, beside it | %.2f %% |\n",
+                100 * (emptyAfter.cpuSeconds - emptyBefore.cpuSeconds) / seconds);
     std::printf("idle program on the %s, wake-ups | %.1f a second | 10 a second\n", name,
                 static_cast<double>(after.wakeUps - before.wakeUps) / seconds);
 }
 #endif
+
+// What it costs to look into an inbox that is not there.
+int lookOften(int argc, char *argv[])
+{
+    constexpr int pollInterval = 100;
+    const QApplication application(argc, argv);
+    QWidget window;
+    window.show();
+    const std::function<void()> look = [&] { QTimer::singleShot(pollInterval, &window, look); };
+    look();
+    return QApplication::exec();
+}
 
 void measureReading()
 {
@@ -288,6 +306,8 @@ int main(int argc, char *argv[])
         return sendTimes(atoi(argv[2]));
     if (argc == 4 && !qstrcmp(argv[1], "burst"))
         return sendBurst(argv[2], atoi(argv[3]));
+    if (argc == 2 && !qstrcmp(argv[1], "look"))
+        return lookOften(argc, argv);
     TestHome home;
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);

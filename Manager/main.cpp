@@ -16,6 +16,7 @@
 #include <QLibraryInfo>
 #include <QTranslator>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -42,10 +43,8 @@ bool hasArgument(int argc, char *argv[], const char *wanted)
 void chooseScaleFactors(int argc, char *argv[])
 {
     std::vector<QByteArray> texts(argv, argv + argc);
-    std::vector<char *> copy;
-    for (QByteArray &text : texts)
-        copy.push_back(text.data());
-    copy.push_back(nullptr);
+    std::vector<char *> copy(texts.size() + 1);
+    std::transform(texts.begin(), texts.end(), copy.begin(), [](QByteArray &text) { return text.data(); });
     int count = argc;
     auto application = std::make_unique<QApplication>(count, copy.data());
     GuiBase::calcScaleFactorEnv(designSize);

@@ -104,6 +104,16 @@ bool SimWorld::defineCard(const Card &card)
     });
 }
 
+bool SimWorld::block(Text function, Text container, int nth)
+{
+    Fault fault;
+    fault.function = function;
+    fault.container = container;
+    fault.nth = nth;
+    fault.block = true;
+    return addFault(fault);
+}
+
 std::string SimWorld::cardsDirectory() const
 {
     return state().cardsDirectory;

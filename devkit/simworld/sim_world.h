@@ -59,6 +59,8 @@ public:
     bool setLabel(Text card, Text container, Text label) { return step(&WorldOps::setLabel, card, container, label); }
     bool setDelay(int msOnEveryCall) { return step(&WorldOps::setDelay, msOnEveryCall); }
     bool addFault(const Fault &fault) { return step(&WorldOps::addFault, fault); }
+    // The n-th such call waits for release().
+    bool block(Text function, Text container = {}, int nth = 1);
     bool clearFaults() { return step(&WorldOps::clearFaults); }
     bool release() { return step(&WorldOps::release); }
     bool pad(const PadAnswer &answer) { return step(&WorldOps::pad, answer); }

@@ -65,10 +65,7 @@ void lastTry(sim::SimWorld &world)
 
 bool changeRuns(Tour &tour)
 {
-    sim::Fault hold;
-    hold.function = "C_Login";
-    hold.block = true;
-    tour.world.addFault(hold);
+    tour.world.block("C_Login");
     return changeComplete(tour, "4826") && tour.click("bChangePin") && tour.waitForPad();
 }
 

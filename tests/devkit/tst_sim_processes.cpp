@@ -98,10 +98,7 @@ void TstSimProcesses::aFaultStrikesInOneProcessOnly()
 void TstSimProcesses::releaseComesFromAnotherProcess()
 {
     sim.start("anna");
-    sim::Fault fault;
-    fault.function = "C_Login";
-    fault.block = true;
-    sim.world.addFault(fault);
+    sim.world.block("C_Login");
     QProcess child;
     startChild(child, { "--try-pin", "Authentication", "1234" });
     QTRY_COMPARE(sim.world.waitingCalls(), 1);
@@ -114,10 +111,7 @@ void TstSimProcesses::releaseComesFromAnotherProcess()
 void TstSimProcesses::deadProcessWaitsNoMore()
 {
     sim.start("anna");
-    sim::Fault fault;
-    fault.function = "C_Login";
-    fault.block = true;
-    sim.world.addFault(fault);
+    sim.world.block("C_Login");
     QProcess child;
     startChild(child, { "--try-pin", "Authentication", "1234" });
     QTRY_COMPARE(sim.world.waitingCalls(), 1);

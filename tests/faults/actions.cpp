@@ -151,12 +151,7 @@ Action whilePhotoComes(const char *name, const std::function<void(Rig &)> &go)
 {
     Action action { name, Action::NoCard, "anna" };
     action.begin = [](Rig &rig) {
-        sim::Fault hold;
-        hold.function = "C_FindObjectsInit";
-        hold.container = sim::Emrtd;
-        hold.nth = 2;
-        hold.block = true;
-        rig.world.addFault(hold);
+        rig.world.block("C_FindObjectsInit", sim::Emrtd, 2);
         rig.putCard("anna");
         rig.tellReaders();
         rig.waitForBlock();

@@ -145,10 +145,7 @@ private slots:
 
     void windowAnswersWhileTheLibraryBlocks()
     {
-        sim::Fault fault;
-        fault.function = "C_GetTokenInfo";
-        fault.block = true;
-        flow->world.addFault(fault);
+        flow->world.block("C_GetTokenInfo");
         flow->openWindow();
 
         flow->window->loadedReaders({ "Czytnik Alfa" });

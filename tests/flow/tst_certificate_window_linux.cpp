@@ -239,10 +239,7 @@ private slots:
         QTRY_VERIFY(flow->loaderShown());
         flow->window->loadedReaders({}, "NO_CARD");
         QVERIFY(!flow->loaderShown());
-        sim::Fault blocked;
-        blocked.function = "C_GetSlotList";
-        blocked.block = true;
-        flow->world.addFault(blocked);
+        flow->world.block("C_GetSlotList");
         flow->window->loadAll();
         QVERIFY(flow->loaderShown());
 

@@ -14,12 +14,7 @@ private:
     {
         QVERIFY(flow->world.addReader("Czytnik Alfa"));
         QVERIFY(flow->world.insertCard("Czytnik Alfa", "anna"));
-        sim::Fault fault;
-        fault.function = "C_FindObjectsInit";
-        fault.container = sim::Emrtd;
-        fault.nth = 2;
-        fault.block = true;
-        QVERIFY(flow->world.addFault(fault));
+        QVERIFY(flow->world.block("C_FindObjectsInit", sim::Emrtd, 2));
         flow->openWindow();
         QVERIFY(QTest::qWaitForWindowActive(flow->window.get()));
         flow->window->loadedReaders({ "Czytnik Alfa" });

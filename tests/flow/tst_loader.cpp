@@ -13,16 +13,6 @@ private:
     bool hidden(const char *name) const { return flow->widget(name)->isHidden(); }
     bool plays(const char *label) const { return !flow->label(label)->findChild<AnimSvgWidget *>()->isHidden(); }
 
-    void block(const char *function, const char *container, int nth)
-    {
-        sim::Fault fault;
-        fault.function = function;
-        fault.container = container;
-        fault.nth = nth;
-        fault.block = true;
-        QVERIFY(flow->world.addFault(fault));
-    }
-
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
     void init() { flow = std::make_unique<Flow>(); }
@@ -33,7 +23,7 @@ private slots:
         flow->world.insertCard("Czytnik Alfa", "anna");
         flow->world.insertCard("Czytnik Beta", "jan");
         flow->openWindow();
-        block("C_GetTokenInfo", "", 1);
+        QVERIFY(flow->world.block("C_GetTokenInfo"));
 
         flow->window->loadedReaders({ "Czytnik Alfa", "Czytnik Beta" });
         QTRY_COMPARE_WITH_TIMEOUT(flow->world.waitingCalls(), 1, 10000);
@@ -52,7 +42,7 @@ private slots:
     {
         flow->world.insertCard("Czytnik Alfa", "anna");
         flow->openWindow();
-        block("C_FindObjectsInit", sim::Emrtd, 1);
+        QVERIFY(flow->world.block("C_FindObjectsInit", sim::Emrtd));
 
         flow->window->loadedReaders({ "Czytnik Alfa" });
         QTRY_COMPARE_WITH_TIMEOUT(flow->world.waitingCalls(), 1, 10000);
@@ -130,7 +120,7 @@ private slots:
         QVERIFY(flow->showCard("anna"));
         QVERIFY(!plays("loadingGif"));
         QVERIFY(!plays("lPhoto"));
-        block("C_FindObjectsInit", sim::Emrtd, 2);
+        QVERIFY(flow->world.block("C_FindObjectsInit", sim::Emrtd, 2));
 
         flow->window->loadAll();
         QVERIFY(plays("loadingGif"));

@@ -100,12 +100,9 @@ private slots:
 
     void loaderKeepsTheFocusFromThePageBehindIt()
     {
-        sim::Fault hold;
-        hold.function = "C_Initialize";
-        hold.block = true;
         flow->world.insertCard("Czytnik Alfa", "anna");
         flow->window->loadedReaders({}, "NO_CARD");
-        QVERIFY(flow->world.addFault(hold));
+        QVERIFY(flow->world.block("C_Initialize"));
         flow->window->loadAll();
         QVERIFY(flow->loaderShown());
         QCOMPARE(flow->page(), QString("pageDisconected"));

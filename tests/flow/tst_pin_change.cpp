@@ -234,10 +234,7 @@ private slots:
         QVERIFY(flow->start("anna"));
         flow->openPinPage(sim::Authentication);
         flow->typeChange("1234", "4826", "4826");
-        sim::Fault hold;
-        hold.function = "C_SetPIN";
-        hold.block = true;
-        QVERIFY(flow->world.addFault(hold));
+        QVERIFY(flow->world.block("C_SetPIN"));
         LogCatcher log;
 
         flow->click("bChangePin");

@@ -133,10 +133,7 @@ private slots:
         QFETCH(QByteArray, button);
         QFETCH(QString, operation);
         ready(operation);
-        sim::Fault hold;
-        hold.function = "C_Login";
-        hold.block = true;
-        QVERIFY(flow->world.addFault(hold));
+        QVERIFY(flow->world.block("C_Login"));
         QSignalSpy changes(flow->window.get(), &Window::changePinSig);
         QSignalSpy unblocks(flow->window.get(), &Window::unblockPinSig);
         flow->click(button.constData());

@@ -199,10 +199,7 @@ private slots:
             flow->typeChange("1234", newPin, newPin);
         else
             flow->typeUnblock(puk, newPin, newPin);
-        sim::Fault hold;
-        hold.function = changing ? "C_SetPIN" : "C_InitPIN";
-        hold.block = true;
-        QVERIFY(flow->world.addFault(hold));
+        QVERIFY(flow->world.block(changing ? "C_SetPIN" : "C_InitPIN"));
         flow->click(changing ? "bChangePin" : "bChangePinPuk");
         QVERIFY(flow->waitForPad());
 

@@ -170,10 +170,7 @@ private slots:
         flow->world.removeReader("Czytnik Alfa");
         // The list is an answer, so no new search clears the page, and the card of the new reader answers nothing yet.
         flow->window->getReadersFromMonitor();
-        sim::Fault fault;
-        fault.function = "*";
-        fault.block = true;
-        flow->world.addFault(fault);
+        flow->world.block("*");
         QSignalSpy readers(flow->window.get(), &Window::getReaders);
 
         flow->window->loadedReaders({ "Czytnik Beta" });

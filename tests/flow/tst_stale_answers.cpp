@@ -38,12 +38,7 @@ private:
         QFETCH(QByteArray, function);
         QFETCH(QByteArray, container);
         QFETCH(int, nth);
-        sim::Fault fault;
-        fault.function = function.toStdString();
-        fault.container = container.toStdString();
-        fault.nth = nth;
-        fault.block = true;
-        QVERIFY(flow->world.addFault(fault));
+        QVERIFY(flow->world.block(function.toStdString(), container.toStdString(), nth));
         flow->window->loadAll();
         QTRY_COMPARE_WITH_TIMEOUT(flow->world.waitingCalls(), 1, 10000);
     }
@@ -137,12 +132,7 @@ private slots:
         QVERIFY(flow->waitForCard());
         const QImage ofAnna = photo();
         QVERIFY(!ofAnna.isNull());
-        sim::Fault fault;
-        fault.function = "C_FindObjectsInit";
-        fault.container = sim::Emrtd;
-        fault.nth = 2;
-        fault.block = true;
-        flow->world.addFault(fault);
+        flow->world.block("C_FindObjectsInit", sim::Emrtd, 2);
 
         flow->readersBox()->setCurrentIndex(1);
         flow->window->selectReader();

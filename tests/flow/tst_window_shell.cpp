@@ -330,10 +330,7 @@ private slots:
     void blockedWorkerIsTerminatedAtTheFourthAttempt()
     {
         QVERIFY(flow->showCard("anna"));
-        sim::Fault fault;
-        fault.function = "C_GetSlotList";
-        fault.block = true;
-        flow->world.addFault(fault);
+        flow->world.block("C_GetSlotList");
         flow->window->loadAll();
         QTRY_COMPARE(flow->world.waitingCalls(), 1);
         LogCatcher log;

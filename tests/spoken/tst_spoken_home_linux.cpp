@@ -17,10 +17,7 @@ void reading(Driver &driver)
 
 void heldReading(Driver &driver)
 {
-    sim::Fault hold;
-    hold.function = "C_Initialize";
-    hold.block = true;
-    driver.world.addFault(hold);
+    driver.world.block("C_Initialize");
     reading(driver);
 }
 

@@ -80,10 +80,7 @@ void padCancel(Driver &driver)
 
 void slowCard(Driver &driver)
 {
-    sim::Fault hold;
-    hold.function = "C_Login";
-    hold.block = true;
-    driver.world.addFault(hold);
+    driver.world.block("C_Login");
 }
 
 void goesOn(Driver &driver)

@@ -52,14 +52,6 @@ private:
     void pressTheCross() { }
 #endif
 
-    static sim::Fault blocked(const char *function)
-    {
-        sim::Fault fault;
-        fault.function = function;
-        fault.block = true;
-        return fault;
-    }
-
     void leaveACertificate() const
     {
         QFile file(certificatePath());
@@ -170,7 +162,7 @@ private slots:
     void workerThatWaitsIsTerminatedAndTheProgramEnds()
     {
         world->insertCard("Czytnik Alfa", "anna");
-        world->addFault(blocked("C_GetSlotList"));
+        world->block("C_GetSlotList");
         QProcess *process = startWithKeyboard({ "-r", "0:Czytnik Alfa||" });
         QTRY_COMPARE_WITH_TIMEOUT(world->waitingCalls(), 1, 10000);
 
@@ -206,10 +198,10 @@ private slots:
     void libraryThatNeverFinishesDoesNotKeepTheProgram()
     {
         world->insertCard("Czytnik Alfa", "anna");
-        world->addFault(blocked("C_GetSlotList"));
+        world->block("C_GetSlotList");
         QProcess *process = startWithKeyboard({ "-r", "0:Czytnik Alfa||" });
         QTRY_COMPARE_WITH_TIMEOUT(world->waitingCalls(), 1, 10000);
-        world->addFault(blocked("C_Finalize"));
+        world->block("C_Finalize");
 
         pressTheCross();
 
@@ -223,7 +215,7 @@ private slots:
         world->insertCard("Czytnik Alfa", "anna");
         QProcess *process = startWithKeyboard({ "-r", "0:Czytnik Alfa||" });
         QTRY_VERIFY_WITH_TIMEOUT(logHas("all certs loaded"), 10000);
-        world->addFault(blocked("C_Finalize"));
+        world->block("C_Finalize");
 
         pressTheCross();
 

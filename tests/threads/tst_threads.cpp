@@ -75,10 +75,7 @@ private slots:
         LogCatcher log;
         Flow flow;
         QVERIFY(flow.showCard("anna"));
-        sim::Fault fault;
-        fault.function = "C_GetSlotList";
-        fault.block = true;
-        flow.world.addFault(fault);
+        flow.world.block("C_GetSlotList");
         flow.window->loadAll();
         QTRY_COMPARE(flow.world.waitingCalls(), 1);
 

@@ -242,10 +242,7 @@ private slots:
 
     void workerThatNeverAnswersIsTerminatedAndTheProgramEnds()
     {
-        sim::Fault blocked;
-        blocked.function = "C_GetSlotList";
-        blocked.block = true;
-        world->addFault(blocked);
+        world->block("C_GetSlotList");
         QProcess *process = startProgram({ "-r", "0:Czytnik Żółty||" }, {}, installed());
         QTRY_COMPARE_WITH_TIMEOUT(world->waitingCalls(), 1, patience);
 

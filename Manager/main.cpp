@@ -5,6 +5,7 @@
 #include "base/common.h"
 #include "base/crypto_memory.h"
 #include "base/platform.h"
+#include "gui/font_configuration.h"
 #include "gui/gui_base.h"
 #include "ipc/ipc.h"
 #include "reader_list.h"
@@ -48,7 +49,7 @@ void chooseScaleFactors(int argc, char *argv[])
     int count = argc;
     auto application = std::make_unique<QApplication>(count, copy.data());
     GuiBase::calcScaleFactorEnv(designSize);
-    const Platform::EmptyFontConfiguration noFonts;
+    const EmptyFontConfiguration noFonts;
     application.reset();
 }
 
@@ -134,6 +135,7 @@ int main(int argc, char *argv[])
     }
 
     Shared::loadResources();
+    readFontConfiguration();
     app->initQApp();
     // The lock is the only check of a running instance.
     if (!app->lock()) {

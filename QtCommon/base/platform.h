@@ -49,19 +49,6 @@ void leaveAtOnce(int exitCode);
 void avoidOpenGl();
 void allowOpenGl();
 
-// While it lives, a font configuration that is asked for the first time is empty. For the end of an application that
-// never drew a letter: the toolkit reads the whole configuration there, only to drop it.
-class EmptyFontConfiguration {
-public:
-    EmptyFontConfiguration();
-    ~EmptyFontConfiguration();
-    EmptyFontConfiguration(const EmptyFontConfiguration &) = delete;
-    EmptyFontConfiguration &operator=(const EmptyFontConfiguration &) = delete;
-
-private:
-    QByteArray file;
-};
-
 // Appends a line to a file, which is made if it is not there, in one write that no other can get into. The line ends as
 // lines do on the platform.
 void appendLine(const QString &path, const QByteArray &line);

@@ -6,7 +6,6 @@
 #include <QFile>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -15,7 +14,6 @@
 namespace {
 
 constexpr char openGlVariable[] = "QT_XCB_GL_INTEGRATION";
-constexpr char fontVariable[] = "FONTCONFIG_FILE";
 
 // A base folder of the XDG rules: the variable if it names an absolute path, else the default below the home folder.
 QString xdgDir(const char *variable, const QString &fallback)
@@ -119,28 +117,6 @@ void avoidOpenGl()
 void allowOpenGl()
 {
     OwnEnvironment::restore(openGlVariable);
-}
-
-EmptyFontConfiguration::EmptyFontConfiguration()
-{
-    if (qEnvironmentVariableIsSet(fontVariable))
-        return;
-    // A file with a name: the library resolves what it is given and opens it again. Where none can be made, all that
-    // follows fails as well, and the system's configuration is read.
-    file = QFile::encodeName(QDir::tempPath()) + "/fonts-XXXXXX";
-    const int descriptor = mkstemp(file.data());
-    constexpr char nothing[] = "<fontconfig/>";
-    if (write(descriptor, nothing, sizeof nothing - 1) > 0)
-        qputenv(fontVariable, file);
-    close(descriptor);
-}
-
-EmptyFontConfiguration::~EmptyFontConfiguration()
-{
-    if (file.isEmpty())
-        return;
-    qunsetenv(fontVariable);
-    unlink(file.constData());
 }
 
 void appendLine(const QString &path, const QByteArray &line)

@@ -72,10 +72,6 @@ void avoidOpenGl() { }
 
 void allowOpenGl() { }
 
-EmptyFontConfiguration::EmptyFontConfiguration() = default;
-
-EmptyFontConfiguration::~EmptyFontConfiguration() = default;
-
 void appendLine(const QString &path, const QByteArray &line)
 {
     // With no other right than this one the system itself puts each write at the end.

@@ -26,7 +26,6 @@ private slots:
     void withoutAnyFolderNothingChanges();
     void openGlIsAvoidedUntilTheWindowIsShown();
     void openGlOfTheUserIsKept();
-    void emptyFontConfigurationLastsAsLongAsItsObject();
     void pluginIsChosenOnWindowsOnly();
 
 private:
@@ -221,31 +220,6 @@ void TstPlatform::openGlOfTheUserIsKept()
 
     Platform::allowOpenGl();
     QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
-}
-
-void TstPlatform::emptyFontConfigurationLastsAsLongAsItsObject()
-{
-    const Variable fonts("FONTCONFIG_FILE", QByteArray());
-    QString path;
-    if (onWindows)
-        return;
-
-    {
-        const Platform::EmptyFontConfiguration empty;
-        path = qEnvironmentVariable("FONTCONFIG_FILE");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("<fontconfig/>"));
-    }
-
-    QVERIFY(!QFile::exists(path));
-    QVERIFY(!qEnvironmentVariableIsSet("FONTCONFIG_FILE"));
-    const Variable chosen("FONTCONFIG_FILE", "chosen by the user");
-    {
-        const Platform::EmptyFontConfiguration empty;
-        QCOMPARE(qgetenv("FONTCONFIG_FILE"), QByteArray("chosen by the user"));
-    }
-    QCOMPARE(qgetenv("FONTCONFIG_FILE"), QByteArray("chosen by the user"));
 }
 
 void TstPlatform::pluginIsChosenOnWindowsOnly()

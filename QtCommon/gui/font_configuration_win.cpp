@@ -1,0 +1,7 @@
+#include "gui/font_configuration.h"
+
+EmptyFontConfiguration::EmptyFontConfiguration() = default;
+
+EmptyFontConfiguration::~EmptyFontConfiguration() = default;
+
+void readFontConfiguration() { }

@@ -1,8 +1,8 @@
 #pragma once
 
 // Which fonts there are, and which stands in for which, is told by some sixty files of the system. Read as the toolkit
-// has it read, twice in a program that asks for its screens first, that is a tenth of a start. On Windows neither does
-// anything.
+// has it read, twice in a program that asks for its screens first, that is an eighth of a start. On Windows neither
+// does anything.
 
 // While it lives, the configuration of this process is empty; who asks for one afterwards has it read. For the end of
 // an application that never drew a letter: the toolkit asks there for the whole configuration, only to drop it.

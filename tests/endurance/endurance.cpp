@@ -39,20 +39,32 @@ constexpr long mostHeap = 16 * 1024; // KiB
 
 std::atomic<int> sslLoaded { 0 };
 std::atomic<int> listsTaken { 0 }; // by each of the three rules
-std::atomic<bool> slotWithoutName { false }; // in the last listing
+// In the last listing.
+std::atomic<bool> slotWithoutName { false };
+std::atomic<int> slotsOfCards { 0 };
 
 void countMessage(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     sslLoaded += message == "SSL loaded";
     listsTaken += message == "load new readers" || message == "Loading readers from ipc:"
         || message.startsWith("New reders detected");
-    if (message.startsWith("Found slots"))
+    if (message.startsWith("Found slots")) {
         slotWithoutName = false;
-    else if (message.startsWith("Slot 0x") && message.trimmed().endsWith(':'))
-        slotWithoutName = true;
+        slotsOfCards = 0;
+    } else if (message.startsWith("Slot 0x")) {
+        slotWithoutName = slotWithoutName || message.trimmed().endsWith(':');
+        slotsOfCards += message.contains(" #");
+    }
     static const bool loud = qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG");
     if (loud || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+// Of a card that is taken out while its slots are listed, slots are left without a name of a reader; of one that is put
+// in, the one slot of the empty reader, which is its first by then.
+bool listedInPart()
+{
+    return slotWithoutName || slotsOfCards % int(std::size(sim::containers)) != 0;
 }
 
 class Endurance : public Driver {
@@ -239,9 +251,8 @@ private:
         }
         if (page() != "pageHome" || current.isEmpty() || loaderShown() || all.contains(current[0]))
             return;
-        // A card that is taken out while its slots are listed leaves slots without a name of a reader, and of the next
-        // card in them the program finds nothing until it lists them anew.
-        if (slotWithoutName)
+        // Of such a card the program finds no more until it lists the slots anew.
+        if (listedInPart())
             ++readInPart;
         else
             fail("the card is not shown\n" + texts);

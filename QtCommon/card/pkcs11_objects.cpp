@@ -203,11 +203,12 @@ QMap<QString, QByteArray> Pkcs11::tokenDataMap(const QString &reader, const QStr
                                                const QStringList &names)
 {
     QMap<QString, QByteArray> values;
-    const QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_DATA, names);
-    for (const pkcsDataObj &object : objects) {
+    QList<pkcsDataObj> objects = tokenObjects(reader, conteiner, CKO_DATA, names);
+    for (pkcsDataObj &object : objects) {
         QByteArray &value = values[object.name];
         wipeSecret(value);
-        value = object.value;
+        // Nobody else keeps it, so that it is overwritten with the map.
+        value.swap(object.value);
     }
     return values;
 }

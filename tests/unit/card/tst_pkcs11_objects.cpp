@@ -1,4 +1,5 @@
 // Objects of a token: which are read, in which calls, and what of them reaches the caller and the log.
+#include "support/own_memory.h"
 #include "support/scripted_pkcs11/pkcs11_world.h"
 
 namespace {
@@ -50,6 +51,8 @@ private slots:
     void otherLabelsAreLogged();
     void certsAreTheValuesOfCertificates();
     void laterDataOfTheSameLabelWins();
+    void dataThatALaterOneReplacesIsOverwritten();
+    void flagsOfASlotHideNoToken();
 
 private:
     QList<pkcsDataObj> read(int type, const QStringList &names = {});
@@ -272,6 +275,42 @@ void TestPkcs11Objects::laterDataOfTheSameLabelWins()
     const auto values = pkcs11->tokenDataMap(reader, "eMRTD", {});
 
     QCOMPARE(values, (QMap<QString, QByteArray> { { "DG1", "new" } }));
+}
+
+void TestPkcs11Objects::dataThatALaterOneReplacesIsOverwritten()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("The sanitizer guards what was freed, which is looked at here");
+#endif
+    const HiddenDigits digits("71829304152637485960");
+    const HiddenBytes old = HiddenBytes::of(digits);
+    listAndSelect();
+    {
+        QByteArray bytes(700, '\0');
+        for (int i = 0; i < digits.size(); ++i)
+            bytes[600 + i] = digits.at(i);
+        objects("eMRTD") = { { data, "DG1", bytes }, { data, "DG1", "new" } };
+    }
+    // On the card.
+    QCOMPARE(old.places(), 1);
+
+    const auto values = pkcs11->tokenDataMap(reader, "eMRTD", {});
+
+    QCOMPARE(values, (QMap<QString, QByteArray> { { "DG1", "new" } }));
+    QCOMPARE(old.places(), 1);
+}
+
+void TestPkcs11Objects::flagsOfASlotHideNoToken()
+{
+    for (ScriptedSlot &slot : card->card)
+        slot.flags = 0;
+    listAndSelect();
+    objects("Presence") = { { certificate, "a", "x" } };
+
+    QCOMPARE(pkcs11->certsCount(reader, "Presence"), 1);
+    QCOMPARE(pkcs11->tokenCerts(reader, "Presence"), QByteArrayList { "x" });
+    QVERIFY(!pkcs11->tokenInfo(reader, "Presence").isEmpty());
+    QCOMPARE(pkcs11->isPinPad(reader), 0);
 }
 
 VELMOR_TEST(TestPkcs11Objects)

@@ -48,6 +48,14 @@ QSize roomForText(const QPushButton *button)
     return button->fontMetrics().size(Qt::TextShowMnemonic, button->text()) + button->size() - inner.size();
 }
 
+// What the toolkit makes of a selection on its way to the clipboard.
+QString asCopied(QString selection)
+{
+    return selection.replace(QChar::ParagraphSeparator, '\n')
+        .replace(QChar::LineSeparator, '\n')
+        .replace(QChar::Nbsp, ' ');
+}
+
 } // namespace
 
 QSize Popup::contentSize()
@@ -280,7 +288,7 @@ void Popup::cleanCopy(QClipboard::Mode mode)
     const QString copied = clipboard->text(mode);
     const QString clean = withoutBreaks(copied);
     // Another program's copy is none of this dialog's business.
-    if (clean != copied && copied == ui->lText->selectedText().replace(QChar::ParagraphSeparator, '\n'))
+    if (clean != copied && copied == asCopied(ui->lText->selectedText()))
         clipboard->setText(clean, mode);
 }
 

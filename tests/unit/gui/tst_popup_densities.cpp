@@ -1,4 +1,3 @@
-#include "gui/breakable_text.h"
 #include "gui/popup.h"
 #include "look/widget_walk.h"
 #include "shared.h"
@@ -152,6 +151,20 @@ private slots:
             });
         }
     }
+    void grownFrameIsAsHighAsBothTextsNeed()
+    {
+        const QString text = QString("Jeden dwa trzy ").repeated(20);
+        Popup popup;
+        popup.setIconMessage(Popup::Warning, text + "<informative>" + text, QDialogButtonBox::Close);
+        popup.setTextWrap();
+        popup.show(300, 20);
+        popup.guiScale(72);
+        settle();
+        for (const char *name : { "lText", "lInformativeText" }) {
+            const QLabel *one = label(popup, name);
+            QVERIFY2(one->height() >= one->heightForWidth(one->width()), name);
+        }
+    }
     void grownFrameIsAsWideAsItsTextNeeds_data()
     {
         QTest::addColumn<int>("icon");
@@ -223,7 +236,8 @@ private slots:
         const QString path = "/home/" + QString("w").repeated(400);
         shown({ "", "", "Nie można zapisać pliku: " + path, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
             auto *text = label(popup, "lText");
-            QVERIFY(text->text().contains(QChar(0x200B)));
+            const QString mark(QChar(0x200B));
+            QVERIFY(text->text().contains(mark + QString("w").repeated(10) + mark));
             QTest::keySequence(text, QKeySequence::SelectAll);
 
             QTest::keySequence(text, QKeySequence::Copy);
@@ -231,6 +245,34 @@ private slots:
             // Windows tells of a copy later.
             QTRY_COMPARE(QGuiApplication::clipboard()->text(), "Nie można zapisać pliku: " + path);
         });
+    }
+
+    void copyOfParagraphsHasNoBreaks_data()
+    {
+        QTest::addColumn<QString>("between");
+        QTest::addColumn<QString>("copied");
+        QTest::newRow("paragraphs") << "</p><p>"
+                                    << "\n";
+        QTest::newRow("lines") << "<br>"
+                               << "\n";
+        QTest::newRow("fixed blank") << "&nbsp;"
+                                     << " ";
+    }
+    void copyOfParagraphsHasNoBreaks()
+    {
+        QFETCH(QString, between);
+        QFETCH(QString, copied);
+        const QString path = "/home/" + QString("w").repeated(400);
+        shown({ "", "", "Nie można zapisać pliku." + between + path, QSize(), QDialogButtonBox::Close },
+              [&](Popup &popup) {
+                  auto *text = label(popup, "lText");
+                  QVERIFY(text->text().contains(QChar(0x200B)));
+                  QTest::keySequence(text, QKeySequence::SelectAll);
+
+                  QTest::keySequence(text, QKeySequence::Copy);
+
+                  QTRY_COMPARE(QGuiApplication::clipboard()->text(), "Nie można zapisać pliku." + copied + path);
+              });
     }
 
     void copyOfAnotherProgramStaysAsItIs()
@@ -247,14 +289,6 @@ private slots:
             QTRY_VERIFY(!changes.isEmpty());
             QCOMPARE(QGuiApplication::clipboard()->text(), other);
         });
-    }
-
-    void breaksStandBetweenLettersOnly()
-    {
-        const QString mark(QChar(0x200B));
-        QCOMPARE(breakableText("a/b\\c", 9), "a/" + mark + "b\\" + mark + "c");
-        QCOMPARE(breakableText("<a href='x/y'>abcd</a>", 2), "<a href='x/y'>ab" + mark + "cd" + mark + "</a>");
-        QCOMPARE(breakableText("&amp;&amp;ab c", 2), "&amp;&amp;ab" + mark + " c");
     }
 
 private:

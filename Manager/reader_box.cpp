@@ -28,7 +28,6 @@ void prepareReaderBox(QComboBox *box)
 void fitReaderBox(QComboBox *box, QPushButton *words)
 {
     box->ensurePolished();
-    words->ensurePolished();
     const QFontMetrics metrics(box->font());
     const int row = qMax(box->parentWidget()->width(), wholeRow) - beforeBox - rightMargin;
     box->setFixedWidth(qMin(metrics.horizontalAdvance(box->currentText()) + besideText, row - sign));

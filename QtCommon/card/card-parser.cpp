@@ -293,18 +293,12 @@ void DGParser::parseDg13()
 void DGParser::readDg13Names()
 {
     const QByteArray file = dataGroups.value(dg13);
-    // A wrong first or third byte is forgiven when the file is long enough.
-    if (file.isEmpty() || (byteAt(file, 0) != 0x6D && file.size() < 2) || lengthAt(file, 1) <= 0)
-        return;
-    if (byteAt(file, 2) != 0x5C && file.size() < 4)
-        return;
+    // What the first and the third byte are does not matter. A length that is not there reads as zero and ends the run.
     const int tagListLength = lengthAt(file, 3);
-    if (tagListLength <= 0)
+    if (lengthAt(file, 1) <= 0 || tagListLength <= 0)
         return;
 
     int position = 4 + tagListLength;
-    if (tagListLength % 2 == 1 && file.size() <= position + 2)
-        return;
     // For the first two names either byte of the tag is enough; only the third needs both.
     if (byteAt(file, position) != 0x5F && byteAt(file, position + 1) != 0x60)
         return;
@@ -312,13 +306,13 @@ void DGParser::readDg13Names()
     if (!takeName(file, &position, &surnameCache))
         return;
 
-    if (file.size() < position + 3 || (byteAt(file, position) != 0x5F && byteAt(file, position + 1) != 0x61))
+    if (byteAt(file, position) != 0x5F && byteAt(file, position + 1) != 0x61)
         return;
     position += 2;
     if (!takeName(file, &position, &firstNameCache))
         return;
 
-    if (file.size() < position + 3 || byteAt(file, position) != 0x5F || byteAt(file, position + 1) != 0x62)
+    if (byteAt(file, position) != 0x5F || byteAt(file, position + 1) != 0x62)
         return;
     position += 2;
     takeName(file, &position, &secondNameCache);

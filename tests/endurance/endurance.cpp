@@ -347,9 +347,9 @@ private:
     // Style sheets to which each card, and each hint, adds a colour. What they cost is what goes with them.
     long costOfStyleSheets()
     {
-        const long before = OwnResources::now().heapKiB;
         long characters = 0;
         QStringList names;
+        QVector<QWidget *> grown;
         QString longestSheet;
         for (QWidget *widget : window->findChildren<QWidget *>()) {
             constexpr int longest = 1500;
@@ -358,9 +358,14 @@ private:
                 continue;
             characters += sheet.size();
             names << widget->objectName() + ' ' + QString::number(sheet.size());
+            grown << widget;
             longestSheet = std::max(longestSheet, sheet, [](auto &a, auto &b) { return a.size() < b.size(); });
-            widget->setStyleSheet({});
         }
+        // A copy, so that the widget's own text goes with its sheet.
+        longestSheet = QString(longestSheet.constData(), longestSheet.size());
+        const long before = OwnResources::now().heapKiB;
+        for (QWidget *widget : grown)
+            widget->setStyleSheet({});
         QCoreApplication::processEvents();
         const long cost = before - OwnResources::now().heapKiB;
         const long room = roomToParse(longestSheet);

@@ -7,10 +7,13 @@
 #include "base/platform.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
+#include <QFontDatabase>
 #include <QLibraryInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 #include <cstdio>
 
@@ -30,12 +33,14 @@ private slots:
     void firstStepNeedsNoApplicationObject();
     void endIsLoggedAndGivesTheLockBack();
     void secondInstanceGetsNoLock();
+    void lockCanBeGivenBackBeforeTheEnd();
 
     void applicationIsNamed();
     void libraryPathsStayAsTheyWere();
     void fontsAreLookedForInTheResources();
     void fontIsAFileThatEndsInTtf_data();
     void fontIsAFileThatEndsInTtf();
+    void fontOfTheResourcesGivesItsFamily();
     void textsOfTheToolkitArePolish();
     void minimalPlatformGetsNeitherFontsNorTranslation();
     void platformIsLogged();
@@ -74,6 +79,20 @@ QByteArray outputOf(const QStringList &args, const QString &platform = "offscree
     process.start(QCoreApplication::applicationFilePath(), args);
     process.waitForFinished();
     return process.readAllStandardOutput().replace("\r\n", "\n");
+}
+
+// One of the machine's own, empty if it has none.
+QByteArray anyFont()
+{
+    for (const QString &folder : QStandardPaths::standardLocations(QStandardPaths::FontsLocation)) {
+        QDirIterator files(folder, { "*.ttf" }, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            if (file.open(QIODevice::ReadOnly))
+                return file.readAll();
+        }
+    }
+    return {};
 }
 
 bool hasPolishTexts()
@@ -179,6 +198,17 @@ void TstAppIdentity::secondInstanceGetsNoLock()
     QCOMPARE(outputOf({ childLock }), QByteArray("locked\n"));
 }
 
+void TstAppIdentity::lockCanBeGivenBackBeforeTheEnd()
+{
+    initApp();
+    QVERIFY(App::instance()->lock());
+    QCOMPARE(outputOf({ childLock }), QByteArray("refused\n"));
+
+    App::instance()->unlock();
+
+    QCOMPARE(outputOf({ childLock }), QByteArray("locked\n"));
+}
+
 void TstAppIdentity::applicationIsNamed()
 {
     initApp();
@@ -231,6 +261,25 @@ void TstAppIdentity::fontIsAFileThatEndsInTtf()
     App::instance()->initQApp();
 
     QTEST(log.count("load ttf: " + file + "  available fonts: "), "loaded");
+}
+
+void TstAppIdentity::fontOfTheResourcesGivesItsFamily()
+{
+    const QByteArray content = anyFont();
+    const int id = QFontDatabase::addApplicationFontFromData(content);
+    if (id < 0)
+        QSKIP("No font here that the toolkit can read");
+    const QString families = QFontDatabase::applicationFontFamilies(id).join(", ");
+    QVERIFY(QFontDatabase::removeApplicationFont(id));
+    QVERIFY(!families.isEmpty());
+    const ResourceBlob font(":/fonts/letters.ttf", content);
+    QVERIFY(font.isRegistered());
+    initApp();
+    LogCatcher log;
+
+    App::instance()->initQApp();
+
+    QCOMPARE(log.lines().filter("load ttf:"), QStringList("load ttf: letters.ttf  available fonts:  " + families));
 }
 
 void TstAppIdentity::textsOfTheToolkitArePolish()

@@ -29,11 +29,13 @@ private slots:
     void lockIsFreeAfterAProperEnd();
     void lockIsFreeAfterACrash();
     void otherKeysAreOtherLocks();
+    void withoutAKeyThereIsNoLock();
 
     void nobodyRuns();
     void siblingThatHoldsItsSegmentRuns();
     void idIsTakenInLowerCase();
     void askingLeavesTheSegmentAlone();
+    void whoHasAskedHoldsNothing();
     void crashedSiblingDoesNotRun();
     void ownSegmentCountsToo();
 
@@ -258,6 +260,15 @@ void TstAppLock::otherKeysAreOtherLocks()
     QCOMPARE(tryInAnotherProcess(key + "_other"), QByteArray("locked"));
 }
 
+void TstAppLock::withoutAKeyThereIsNoLock()
+{
+    CommonAppLock lock;
+
+    QVERIFY(!lock.lock());
+
+    QVERIFY(!lock.isHeld());
+}
+
 void TstAppLock::nobodyRuns()
 {
     QVERIFY(!Common::isAppRunning("Monitor", "velmor"));
@@ -293,6 +304,18 @@ void TstAppLock::askingLeavesTheSegmentAlone()
         QVERIFY(Common::isAppRunning("Monitor", "velmor"));
 
     QCOMPARE(tryInAnotherProcess("velmor_monitor"), QByteArray("refused"));
+}
+
+void TstAppLock::whoHasAskedHoldsNothing()
+{
+    Holder monitor("velmor_monitor");
+    CommonAppLock question("velmor_monitor");
+    QVERIFY(question.isHeld());
+
+    QVERIFY(!question.segment()->isAttached());
+    QVERIFY(question.isHeld());
+    monitor.end();
+    QCOMPARE(tryInAnotherProcess("velmor_monitor"), QByteArray("locked"));
 }
 
 void TstAppLock::crashedSiblingDoesNotRun()

@@ -151,6 +151,7 @@ void TstAppLog::lineNamesItsSource_data()
     QTest::newRow("with folders") << QByteArray("Manager/window.cpp") << "window          load All";
     QTest::newRow("absolute") << QByteArray("/src/QtCommon/app/app.cpp") << "app             load All";
     QTest::newRow("14 characters") << QByteArray("window_readers.cpp") << "window_readers  load All";
+    QTest::newRow("with an x") << QByteArray("gui/box_shadow.cpp") << "box_shadow      load All";
     QTest::newRow("longer") << QByteArray("window_personal_data.cpp") << "window_persona  load All";
     QTest::newRow("header") << QByteArray("gui/popup.h") << "popup.h         load All";
     QTest::newRow("script") << QByteArray("qrc:/qml/main.qml") << "main.qml        load All";

@@ -96,13 +96,13 @@ void TstAppPaths::foldersOfAPlatform_data()
 {
     QTest::addColumn<QString>("platform");
     QTest::addColumn<QStringList>("expected");
-    // Documents, licence, libraries, programs; the last two with the word of bits.
-    QTest::newRow("win") << "win" << QStringList { "/statics", "/Licenses", "/64", "/64" };
-    QTest::newRow("lin") << "lin" << QStringList { "/statics", "/Licenses", "/", "/" };
+    // The platform's word, documents, licence, libraries, programs; the last two with the word of bits.
+    QTest::newRow("win") << "win" << QStringList { "win", "/statics", "/Licenses", "/64", "/64" };
+    QTest::newRow("lin") << "lin" << QStringList { "lin", "/statics", "/Licenses", "/", "/" };
     QTest::newRow("mac") << "mac"
-                         << QStringList { "/Contents/Resources", "/Contents/Resources", "/Contents/lib",
+                         << QStringList { "mac", "/Contents/Resources", "/Contents/Resources", "/Contents/lib",
                                           "/Contents/MacOS" };
-    QTest::newRow("unknown") << "bsd" << QStringList { "", "", "", "" };
+    QTest::newRow("unknown") << "bsd" << QStringList { "", "", "", "", "" };
 }
 
 void TstAppPaths::foldersOfAPlatform()
@@ -112,9 +112,9 @@ void TstAppPaths::foldersOfAPlatform()
     const AppPaths::Row row = AppPaths::row(platform);
 
     const QString bits = AppPaths::bits("x86_64");
-    const QStringList folders { row.documents, row.license, QString(row.libraries).replace("%1", bits),
-                                QString(row.programs).replace("%1", bits) };
-    QTEST(folders, "expected");
+    const QStringList texts { row.platform, row.documents, row.license, QString(row.libraries).replace("%1", bits),
+                              QString(row.programs).replace("%1", bits) };
+    QTEST(texts, "expected");
 }
 
 void TstAppPaths::bitsOfAnArchitecture_data()

@@ -1,6 +1,7 @@
 #include "support/testmain.h"
 
 #include "app/process.h"
+#include "base/own_environment.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,6 +20,7 @@ private slots:
     void startIsLoggedWithItsArguments_data();
     void startIsLoggedWithItsArguments();
     void argumentsArriveAsTheyAre();
+    void environmentIsThatOfBefore();
     void endIsLoggedWithItsCode_data();
     void endIsLoggedWithItsCode();
     void crashIsLogged();
@@ -39,6 +41,7 @@ namespace {
 constexpr char childEnd[] = "--end"; // CODE TEXT: text to both outputs, then that code
 constexpr char childCrash[] = "--crash"; // TEXT: text to standard error, then a kill
 constexpr char childWrite[] = "--write"; // FILE ARGUMENTS...: a line for each argument
+constexpr char childTell[] = "--tell"; // FILE NAME: a line with the variable's value
 constexpr char childSleep[] = "--sleep"; // FILE: half a second, then the file
 constexpr char childAwait[] = "--await"; // FILE: waits for FILE.gate, for five seconds at most, then the file
 
@@ -114,6 +117,22 @@ void TstCommonProcess::argumentsArriveAsTheyAre()
 
     QTRY_COMPARE(linesOf(path), oddArguments + QStringList({ "end", "" }));
     // Its end is not to be taken for that of the next test's process.
+    QTRY_VERIFY(log.has("exit code:"));
+}
+
+// What the program has set for itself alone goes to no child.
+void TstCommonProcess::environmentIsThatOfBefore()
+{
+    const QString path = freshPath();
+    const LogCatcher log;
+    qputenv("VELMOR_TEST_CHOSEN", "by the user");
+    OwnEnvironment::set("VELMOR_TEST_CHOSEN", "by us");
+    CommonProcess process;
+
+    process.start(self(), { childTell, path, "VELMOR_TEST_CHOSEN" });
+    OwnEnvironment::restore("VELMOR_TEST_CHOSEN");
+
+    QTRY_COMPARE(linesOf(path), QStringList({ "by the user", "end", "" }));
     QTRY_VERIFY(log.has("exit code:"));
 }
 
@@ -301,7 +320,7 @@ int main(int argc, char *argv[])
 #endif
         return 1;
     }
-    if (call == childWrite || call == childSleep || call == childAwait) {
+    if (call == childWrite || call == childTell || call == childSleep || call == childAwait) {
         const QCoreApplication application(argc, argv);
         if (call == childSleep)
             QThread::msleep(500);
@@ -310,7 +329,10 @@ int main(int argc, char *argv[])
         QFile file(application.arguments().at(2));
         if (!file.open(QIODevice::WriteOnly))
             return 1;
-        file.write((application.arguments().mid(3) + QStringList("end")).join('\n').toUtf8() + '\n');
+        QStringList lines = application.arguments().mid(3);
+        if (call == childTell)
+            lines = QStringList(qEnvironmentVariable(qPrintable(lines.value(0))));
+        file.write((lines + QStringList("end")).join('\n').toUtf8() + '\n');
         return 0;
     }
     TestHome home;

@@ -218,6 +218,7 @@ void TstCommon::printable_data()
     row("empty", "", true);
     row("plain", "velmor_manager 4.3.5", true);
     row("line break", "a\nb", false);
+    row("line break in front", "\na", false);
     row("tabulator", "a\tb", false);
     row("zero byte", QByteArray("a\0b", 3), false);
     row("delete", "a\x7F", false);

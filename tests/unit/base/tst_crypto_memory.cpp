@@ -1,9 +1,14 @@
+#include "base/crypto.h"
 #include "base/crypto_memory.h"
 
+#include "support/fixed_random.h"
 #include "support/own_memory.h"
+#include "support/proc_status.h"
 #include "support/testmain.h"
 
 #include <openssl/crypto.h>
+
+#include <array>
 
 // OpenSSL leaves nothing in what it has freed.
 class TestCryptoMemory : public QObject {
@@ -50,6 +55,62 @@ private slots:
         memory = OPENSSL_realloc(nullptr, room);
         QVERIFY(memory);
         OPENSSL_free(memory);
+    }
+
+    // One byte too many would be the allocator's own, between two blocks.
+    void nothingBesideTheBlockIsOverwritten()
+    {
+        constexpr std::size_t largest = 64;
+        for (std::size_t size = 1; size <= largest; ++size) {
+            std::array<void *, 16> blocks {};
+            for (void *&block : blocks)
+                block = OPENSSL_zalloc(size);
+            for (void *&block : blocks)
+                block = OPENSSL_realloc(block, size + 1);
+            for (void *block : blocks)
+                OPENSSL_free(block);
+        }
+    }
+
+    void freedBlockIsGivenBack()
+    {
+#ifdef Q_OS_LINUX
+        constexpr std::size_t megabytes = 4;
+        constexpr int rounds = 192;
+        constexpr long kilobytes = 1024;
+        const long before = numberInStatus("/proc/self/status", "VmRSS");
+        QVERIFY(before > 0);
+        for (int round = 0; round < rounds; ++round)
+            OPENSSL_free(OPENSSL_zalloc(megabytes << 20));
+        // A checker of memory keeps freed blocks for a while, and not all of them.
+        QVERIFY(numberInStatus("/proc/self/status", "VmRSS") - before < rounds / 2 * long(megabytes) * kilobytes);
+#else
+        QSKIP("Done on the other platform");
+#endif
+    }
+
+    // Neither as a number nor as bytes.
+    void agreementOnAKeyLeavesNoSecretBehind()
+    {
+#ifdef Q_OS_WIN
+        QSKIP("Wine keeps the registers through which they were copied");
+#elif defined(__SANITIZE_ADDRESS__)
+        QSKIP("The sanitizer guards what was freed, which is looked at here");
+#endif
+        // A secret of two, so that the shared value is twice the peer's: these digits, sixteen times.
+        const FixedRandom random(QByteArray(19, '\0') + '\x02');
+        const HiddenBytes shared = HiddenBytes::of(HiddenDigits("82051473"));
+        // As memory holds a number, from its end.
+        const HiddenBytes number = HiddenBytes::of(HiddenDigits("37415028"));
+        QByteArray B;
+        // Functions that are called for the first time leave registers behind, of other bytes here.
+        Crypto().generateKey(QByteArray(128, '\x01'), B);
+
+        const QByteArray key = Crypto().generateKey(QByteArray::fromHex("1b989c9a18199b19").repeated(16), B);
+
+        QCOMPARE(key.size(), 32);
+        QCOMPARE(shared.places(), 0);
+        QCOMPARE(number.places(), 0);
     }
 };
 

@@ -78,6 +78,8 @@ private slots:
             { "later duplicate wins", "<a>1</a><a>2</a>", "a=2" },
             { "value with its own closing tag is cut", "<a>1</a>2</a><b>3</b>", "a=1|b=3" },
             { "entries inside of a value belong to it", "<a><b>1</b></a>", "a=<b>1</b>" },
+            { "entry at the end of a value, under a longer key", "<longer-key><b></b></longer-key>",
+              "longer-key=<b></b>" },
             { "same key inside", "<a><a>1</a></a>", "a=<a>1" },
             { "without closing tag", "<a>1", "" },
             { "without closing tag, then one", "<a>1<b>2</b>", "b=2" },

@@ -79,9 +79,10 @@ private slots:
         QCOMPARE(qgetenv("VELMOR_TEST_CHOSEN"), QByteArray("by the user"));
         OwnEnvironment::restore("VELMOR_TEST_ABSENT");
         QVERIFY(!qEnvironmentVariableIsSet("VELMOR_TEST_ABSENT"));
-        // What was never set by the program stays as it is.
+        // What was never set by the program stays as it is, and what it has given back is its own no more.
+        qputenv("VELMOR_TEST_CHOSEN", "by the user again");
         OwnEnvironment::restore("VELMOR_TEST_CHOSEN");
-        QCOMPARE(qgetenv("VELMOR_TEST_CHOSEN"), QByteArray("by the user"));
+        QCOMPARE(qgetenv("VELMOR_TEST_CHOSEN"), QByteArray("by the user again"));
     }
 };
 

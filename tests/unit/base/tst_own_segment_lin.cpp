@@ -4,6 +4,8 @@
 
 #include <QSharedMemory>
 
+#include <sys/resource.h>
+#include <sys/shm.h>
 #include <unistd.h>
 
 // A segment, or the file that its name comes from, is used only if this user has made it.
@@ -72,6 +74,53 @@ private slots:
         QVERIFY(!OwnSegment::attach(segment));
         QVERIFY(!segment.isAttached());
         QCOMPARE(log.lines(), QStringList(refusal));
+    }
+
+    void ownerAndMakerMustBothBeThisUser_data()
+    {
+        QTest::addColumn<bool>("madeByAnother");
+        QTest::newRow("made by another, given to us") << true;
+        QTest::newRow("made by us, given to another") << false;
+    }
+    void ownerAndMakerMustBothBeThisUser()
+    {
+        QFETCH(bool, madeByAnother);
+        makeNameFile(0);
+        QSharedMemory foreign(key);
+        if (madeByAnother) {
+            const OrdinaryUser user;
+            QVERIFY2(foreign.create(size), qPrintable(foreign.errorString()));
+        } else {
+            QVERIFY2(foreign.create(size), qPrintable(foreign.errorString()));
+        }
+        const int id = shmget(ftok(QFile::encodeName(nameFile()).constData(), 'Q'), 0, 0);
+        shmid_ds state = {};
+        QCOMPARE(shmctl(id, IPC_STAT, &state), 0);
+        state.shm_perm.uid = madeByAnother ? 0 : otherUser;
+        QCOMPARE(shmctl(id, IPC_SET, &state), 0);
+        LogCatcher log;
+        QSharedMemory segment(key);
+
+        QVERIFY(!OwnSegment::attach(segment));
+
+        QVERIFY(!segment.isAttached());
+        QCOMPARE(log.lines(), QStringList(refusal));
+    }
+
+    void ownSegmentStaysOursWhereTheSystemTellsNothingOfIt()
+    {
+        QSharedMemory segment(key);
+        QVERIFY(OwnSegment::create(segment, size));
+        rlimit files = {};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &files), 0);
+        const rlimit none { 0, files.rlim_max };
+
+        // No further file can be opened, that of the mappings neither.
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+        const bool foreign = OwnSegment::isForeign(segment);
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &files), 0);
+
+        QVERIFY(!foreign);
     }
 
     void segmentThatRefusesItselfIsForeign()

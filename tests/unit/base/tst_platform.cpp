@@ -1,10 +1,15 @@
 #include "support/testmain.h"
 
+#include "base/common.h"
 #include "base/platform.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#ifdef Q_OS_LINUX
+#include <unistd.h>
+#endif
 
 // Names and switches of the platform.
 class TstPlatform : public QObject {
@@ -17,16 +22,22 @@ private slots:
     void programKnowsItsFile();
     void libraryPathIsSpeltForTheLoader();
     void readersConfFallsBackToTheHomeFolder();
+    void absoluteBaseFoldersCount();
     void relativeBaseFoldersDoNotCount();
     void temporaryFilesArePrivate();
     void privateFolderMayBeThereAlready();
     void namedTemporaryFolderStays();
     void withoutARuntimeFolderItIsBesideTheLogFolder_data();
     void withoutARuntimeFolderItIsBesideTheLogFolder();
+    void withoutAnyNamedFolderItIsBelowTheHomeFolder();
     void withoutAnyFolderNothingChanges();
     void openGlIsAvoidedUntilTheWindowIsShown();
     void openGlOfTheUserIsKept();
     void pluginIsChosenOnWindowsOnly();
+    void terminatedThreadsCanGoOnWhereThatIsOnlyARequest();
+#ifdef Q_OS_LINUX
+    void lineIsAppendedWhateverTheDescriptorIs();
+#endif
 
 private:
 #ifdef Q_OS_WIN
@@ -109,6 +120,17 @@ void TstPlatform::readersConfFallsBackToTheHomeFolder()
     }
 }
 
+void TstPlatform::absoluteBaseFoldersCount()
+{
+    if (onWindows)
+        QSKIP("The other platform's folders");
+    const Variable config("XDG_CONFIG_HOME", "/some/where/../config/");
+    const Variable state("XDG_STATE_HOME", "/some/where/../state/");
+
+    QCOMPARE(Platform::readersConfPath("velmor"), QString("/some/config/velmor/readers.conf"));
+    QCOMPARE(Platform::logsDir("velmor"), QString("/some/state/velmor"));
+}
+
 void TstPlatform::relativeBaseFoldersDoNotCount()
 {
     if (onWindows)
@@ -184,6 +206,20 @@ void TstPlatform::withoutARuntimeFolderItIsBesideTheLogFolder()
     QVERIFY(QDir(TestHome::path() + "/made").removeRecursively());
 }
 
+void TstPlatform::withoutAnyNamedFolderItIsBelowTheHomeFolder()
+{
+    if (onWindows)
+        QSKIP("The system's folder belongs to the user already");
+    const Variable none("TMPDIR", QByteArray());
+    const Variable noRuntime("XDG_RUNTIME_DIR", QByteArray());
+    const Variable noState("XDG_STATE_HOME", QByteArray());
+
+    Platform::usePrivateTempDir("velmor");
+
+    QCOMPARE(qEnvironmentVariable("TMPDIR"), QDir::homePath() + "/.local/state/velmor-run");
+    QVERIFY(QDir(QDir::homePath() + "/.local").removeRecursively());
+}
+
 void TstPlatform::withoutAnyFolderNothingChanges()
 {
     const Variable none("TMPDIR", QByteArray());
@@ -230,6 +266,32 @@ void TstPlatform::pluginIsChosenOnWindowsOnly()
 
     QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray(onWindows ? "windows:fontengine=freetype" : "chosen by the user"));
 }
+
+void TstPlatform::terminatedThreadsCanGoOnWhereThatIsOnlyARequest()
+{
+    QCOMPARE(Platform::threadsCanRefuseToEnd(), !onWindows);
+}
+
+#ifdef Q_OS_LINUX
+// Also as the lowest number, which it gets in a program that was started without a standard input.
+void TstPlatform::lineIsAppendedWhateverTheDescriptorIs()
+{
+    const QString path = TestHome::path() + "/lines";
+    const int input = dup(STDIN_FILENO);
+    QVERIFY(input > STDIN_FILENO);
+    close(STDIN_FILENO);
+
+    Platform::appendLine(path, "first");
+    Platform::appendLine(path, "second");
+
+    // Nothing is open behind it: the number is free again.
+    const int lowest = dup(input);
+    dup2(input, STDIN_FILENO);
+    close(input);
+    QCOMPARE(lowest, STDIN_FILENO);
+    QCOMPARE(readFileText(path), QString("first\nsecond\n"));
+}
+#endif
 
 VELMOR_TEST(TstPlatform)
 #include "tst_platform.moc"

@@ -1,6 +1,7 @@
 #include "base/secret_string.h"
 
 #include "support/own_memory.h"
+#include "support/proc_status.h"
 #include "support/testmain.h"
 
 // A secret is overwritten where its characters stand, and only where nobody else reads them.
@@ -63,6 +64,25 @@ private slots:
         QCOMPARE(copy.size(), 2);
         wipeSecret(copy);
         QCOMPARE(own.places(2), 0);
+    }
+
+    void wipedMemoryIsGivenBack()
+    {
+#ifdef Q_OS_LINUX
+        constexpr int megabytes = 4;
+        constexpr int rounds = 192;
+        constexpr long kilobytes = 1024;
+        const long before = numberInStatus("/proc/self/status", "VmRSS");
+        QVERIFY(before > 0);
+        for (int round = 0; round < rounds; ++round) {
+            QByteArray bytes(megabytes << 20, 'x');
+            wipeSecret(bytes);
+        }
+        // A checker of memory keeps freed blocks for a while, and not all of them.
+        QVERIFY(numberInStatus("/proc/self/status", "VmRSS") - before < rounds / 2 * megabytes * kilobytes);
+#else
+        QSKIP("Done on the other platform");
+#endif
     }
 
     void bytesOfSomebodyElseAreNotWrittenTo()

@@ -81,20 +81,29 @@ private slots:
         QCOMPARE(rests.count(50), 48);
     }
 
+    void attemptThatSucceedsIsCounted_data()
+    {
+        QTest::addColumn<int>("restsBefore");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("the second") << 1 << "send success in  2 attempt";
+        QTest::newRow("the fifth") << 4 << "send success in  5 attempt";
+    }
     void attemptThatSucceedsIsCounted()
     {
+        QFETCH(int, restsBefore);
+        QFETCH(QString, line);
         RawInbox inbox(inboxKey, prescribedSize);
         inbox.write("<k>old</k>");
         int rests = 0;
         onRest = [&](long) {
-            if (++rests == 4)
+            if (++rests == restsBefore)
                 inbox.clear();
         };
         LogCatcher log;
 
         QVERIFY(sender->send(message()));
 
-        QCOMPARE(log.lines(), QStringList { "send success in  5 attempt" });
+        QCOMPARE(log.lines(), QStringList { line });
     }
 
     void nothingIsDeliveredWithoutTheLock()

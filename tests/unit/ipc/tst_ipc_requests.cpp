@@ -1,7 +1,46 @@
 #include "support/byte_bus.h"
 #include "support/testmain.h"
 
+#include <QAbstractEventDispatcher>
+#include <QMap>
 #include <QRegularExpression>
+#include <QSet>
+#include <QThread>
+
+namespace {
+
+// The event dispatcher of a thread that waits for nothing: it notes the timers that run there.
+class TimerBook : public QAbstractEventDispatcher {
+public:
+    // Their intervals in milliseconds, by the numbers of the timers.
+    explicit TimerBook(QMap<int, int> &book) : running(book) { }
+
+    void registerTimer(int id, int interval, Qt::TimerType, QObject *) override { running.insert(id, interval); }
+    bool unregisterTimer(int id) override { return running.remove(id) > 0; }
+    bool unregisterTimers(QObject *) override { return false; }
+    QList<TimerInfo> registeredTimers(QObject *) const override { return {}; }
+    int remainingTime(int) override { return -1; }
+
+    bool processEvents(QEventLoop::ProcessEventsFlags) override { return false; }
+    bool hasPendingEvents() override { return false; }
+    void registerSocketNotifier(QSocketNotifier *) override { }
+    void unregisterSocketNotifier(QSocketNotifier *) override { }
+#ifdef Q_OS_WIN
+    bool registerEventNotifier(QWinEventNotifier *) override
+    {
+        return false;
+    }
+    void unregisterEventNotifier(QWinEventNotifier *) override { }
+#endif
+    void wakeUp() override { }
+    void interrupt() override { }
+    void flush() override { }
+
+private:
+    QMap<int, int> &running;
+};
+
+} // namespace
 
 // Requests whose answers go to a slot: their addresses, the time-out, and answers that nobody waits for.
 class TestIpcRequests : public QObject, private ByteBusPair {
@@ -17,10 +56,23 @@ private slots:
 
     void requestCarriesAnAddressForItsReply()
     {
-        QVERIFY(monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg))));
-        const IpcMsg request(monitor->sent.first());
         const QRegularExpression form("^velmor_monitor/req[0-9a-f]{16}$");
-        QVERIFY2(form.match(request.from()).hasMatch(), request.from().constData());
+        QSet<QByteArray> addresses;
+        QSet<char> firstDigits;
+        for (int request = 0; request < 300; ++request) {
+            QVERIFY(
+                monitor->sendReceive(IpcMsg { { "to", "velmor_manager" }, { "k", 1 } }, this, SLOT(takeReply(IpcMsg))));
+            const QByteArray from = IpcMsg(monitor->sent.takeFirst()).from();
+            QVERIFY2(form.match(from).hasMatch(), from.constData());
+            addresses << from;
+            firstDigits << from.at(from.size() - 16);
+            monitor->sendReceiveTimeout();
+        }
+        QCoreApplication::processEvents();
+
+        QCOMPARE(addresses.size(), 300);
+        // The zero as well, which is filled in where the number is shorter.
+        QCOMPARE(firstDigits.size(), 16);
     }
 
     void replyReachesTheSlotThroughTheEventLoop()
@@ -96,6 +148,34 @@ private slots:
         QCOMPARE(log.lines(), QStringList { "unexpected reply" });
         QCoreApplication::processEvents();
         QCOMPARE(replies.size(), 1);
+    }
+
+    void timerRunsWhileARequestIsOpen()
+    {
+        const IpcMsg request { { "to", "velmor_manager" }, { "k", 1 } };
+        QMap<int, int> running;
+        QList<int> atTheRequest;
+        QList<int> afterTheReply;
+        QList<int> whereNothingWasSent;
+        const std::unique_ptr<QThread> thread(QThread::create([&] {
+            ByteBusProgram program("velmor_monitor");
+            program.sendReceive(request, this, SLOT(takeReply(IpcMsg)));
+            atTheRequest = running.values();
+            program.receive(IpcMsg { { "to", IpcMsg(program.sent.first()).from() }, { "k", "reply" } });
+            afterTheReply = running.values();
+            program.deaf = true;
+            program.sendReceive(request, this, SLOT(takeReply(IpcMsg)));
+            whereNothingWasSent = running.values();
+        }));
+        thread->setEventDispatcher(new TimerBook(running));
+
+        thread->start();
+        QVERIFY(thread->wait());
+
+        QCOMPARE(atTheRequest, QList<int> { 5000 });
+        QCOMPARE(afterTheReply, QList<int>());
+        QCOMPARE(whereNothingWasSent, QList<int>());
+        QTRY_COMPARE(replies.size(), 1);
     }
 
     void silenceEndsInATimeoutMessageAfterFiveSeconds()

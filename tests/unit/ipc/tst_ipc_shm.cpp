@@ -94,6 +94,27 @@ private slots:
         QCOMPARE(log.lines().size(), 1);
     }
 
+    void endOfTheObjectIsAStop()
+    {
+        listen();
+        RawInbox inbox(inboxKey);
+        inbox.write("<k>unread</k>");
+        LogCatcher log;
+
+        receiver.reset();
+
+        QCOMPARE(log.lines(), QStringList { "remove  velmor_monitor" });
+        QVERIFY(inbox.isFree());
+    }
+
+    void stoppedInboxIsLookedIntoNoMore()
+    {
+        listen();
+        receiver->stop();
+
+        QCOMPARE(waitsArmedBy([this] { receiver->listenLoop(); }), QList<int>());
+    }
+
     void stoppedInboxIsNotReadAnyMore()
     {
         listen();
@@ -125,8 +146,8 @@ private slots:
         keepWhatIsHeard();
         receiver->start();
         receiver->stop();
-        QVERIFY(!app->lockSegment()->isAttached());
         QTest::qWait(150); // the armed poll has seen it
+        QVERIFY(!app->lockSegment()->isAttached());
 
         receiver->start();
 
@@ -156,6 +177,36 @@ private slots:
         QCOMPARE(log.lines().last(), QString("detach  velmor_monitor"));
         QVERIFY(app->lockSegment());
         QVERIFY(!app->lockSegment()->isAttached());
+    }
+
+    void stopLetsGoOfTheContentOfTheLocksSegmentFirst()
+    {
+        App *app = App::instance();
+        app->init("Monitor", VELMOR_TEST_ROOT, "x86_64", "Monitor");
+        QVERIFY(app->lock());
+        receiver->useLock(*app);
+        receiver->start();
+        QVERIFY(app->lockSegment()->lock());
+        LogCatcher log;
+
+        receiver->stop();
+
+        // Without a complaint of the toolkit about a lock that it holds already.
+        QCOMPARE(log.lines(), QStringList { "detach  velmor_monitor" });
+    }
+
+    void inboxThatWasNeverOpenedLeavesTheLockAlone()
+    {
+        App *app = App::instance();
+        app->init("Monitor", VELMOR_TEST_ROOT, "x86_64", "Monitor");
+        QVERIFY(app->lock());
+        receiver->useLock(*app);
+        LogCatcher log;
+
+        receiver.reset();
+
+        QCOMPARE(log.lines(), QStringList());
+        QVERIFY(app->lockSegment()->isAttached());
     }
 
     void twoSiblingsOfOneNameShareTheMessages()

@@ -17,7 +17,7 @@
 #endif
 
 // Reading and writing of whole files.
-class TstFiles : public QObject {
+class TstCommonFiles : public QObject {
     Q_OBJECT
 
 private slots:
@@ -64,7 +64,7 @@ QByteArray contentOf(const QString &path)
 
 } // namespace
 
-void TstFiles::init()
+void TstCommonFiles::init()
 {
     folder = std::make_unique<QTemporaryDir>();
     QVERIFY(folder->isValid());
@@ -75,12 +75,12 @@ void TstFiles::init()
 #endif
 }
 
-void TstFiles::cleanup()
+void TstCommonFiles::cleanup()
 {
     folder.reset();
 }
 
-void TstFiles::textIsTheWholeFileAsUtf8_data()
+void TstCommonFiles::textIsTheWholeFileAsUtf8_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("expected");
@@ -91,7 +91,7 @@ void TstFiles::textIsTheWholeFileAsUtf8_data()
     QTest::newRow("zero byte") << QByteArray("a\0b", 3) << QString("a%1b").arg(QChar(0));
 }
 
-void TstFiles::textIsTheWholeFileAsUtf8()
+void TstCommonFiles::textIsTheWholeFileAsUtf8()
 {
     QFETCH(QByteArray, content);
     put(path(), content);
@@ -99,14 +99,14 @@ void TstFiles::textIsTheWholeFileAsUtf8()
     QTEST(readFileText(path()), "expected");
 }
 
-void TstFiles::textOfWhatCannotBeOpenedIsEmpty()
+void TstCommonFiles::textOfWhatCannotBeOpenedIsEmpty()
 {
     QCOMPARE(readFileText(path("missing")), QString());
     QCOMPARE(readFileText(folder->path()), QString());
     QVERIFY(!QFile::exists(path("missing")));
 }
 
-void TstFiles::bytesMakeAFile()
+void TstCommonFiles::bytesMakeAFile()
 {
     const QByteArray bytes("a\r\n\0\xFF\xC4", 6);
 
@@ -115,7 +115,7 @@ void TstFiles::bytesMakeAFile()
     QCOMPARE(contentOf(path()), bytes);
 }
 
-void TstFiles::bytesReplaceALongerFile()
+void TstCommonFiles::bytesReplaceALongerFile()
 {
     put(path(), "a longer content");
 
@@ -126,14 +126,14 @@ void TstFiles::bytesReplaceALongerFile()
     QCOMPARE(contentOf(path()), QByteArray());
 }
 
-void TstFiles::bytesIntoNoFolderAreRefused()
+void TstCommonFiles::bytesIntoNoFolderAreRefused()
 {
     QVERIFY(!writeFileBytes(path("missing/file"), "bytes"));
     QVERIFY(!writeFileBytes(folder->path(), "bytes"));
     QVERIFY(!QFile::exists(path("missing")));
 }
 
-void TstFiles::contentIsLostWhenTheFileCannotBeOpenedAfterTheCut()
+void TstCommonFiles::contentIsLostWhenTheFileCannotBeOpenedAfterTheCut()
 {
 #ifdef Q_OS_UNIX
     // A file that may be written and not read: the cut by name works, the opening for both does not.
@@ -155,7 +155,7 @@ void TstFiles::contentIsLostWhenTheFileCannotBeOpenedAfterTheCut()
 #endif
 }
 
-void TstFiles::contentStaysWhenTheFileCannotBeCut()
+void TstCommonFiles::contentStaysWhenTheFileCannotBeCut()
 {
 #ifdef Q_OS_UNIX
     put(path(), "old content");
@@ -174,7 +174,7 @@ void TstFiles::contentStaysWhenTheFileCannotBeCut()
 #endif
 }
 
-void TstFiles::failedWriteIsNotLookedAt()
+void TstCommonFiles::failedWriteIsNotLookedAt()
 {
     const QString full = "/dev/full";
     if (!QFile::exists(full))
@@ -183,7 +183,7 @@ void TstFiles::failedWriteIsNotLookedAt()
     QVERIFY(writeFileBytes(full, "bytes"));
 }
 
-void TstFiles::emptyFileIsMade()
+void TstCommonFiles::emptyFileIsMade()
 {
     createEmptyFile(path());
 
@@ -191,7 +191,7 @@ void TstFiles::emptyFileIsMade()
     QCOMPARE(contentOf(path()), QByteArray());
 }
 
-void TstFiles::emptyFileIsCut()
+void TstCommonFiles::emptyFileIsCut()
 {
     put(path(), "old content");
 
@@ -200,35 +200,35 @@ void TstFiles::emptyFileIsCut()
     QCOMPARE(contentOf(path()), QByteArray());
 }
 
-void TstFiles::emptyFileInNoFolderIsNotMade()
+void TstCommonFiles::emptyFileInNoFolderIsNotMade()
 {
     createEmptyFile(path("missing/file"));
 
     QVERIFY(!QFile::exists(path("missing")));
 }
 
-void TstFiles::existingFileIsWritable()
+void TstCommonFiles::existingFileIsWritable()
 {
     put(path(), "content");
 
     QVERIFY(Common::isWritable(path()));
 }
 
-void TstFiles::missingFileIsWritableAndThereAfterwards()
+void TstCommonFiles::missingFileIsWritableAndThereAfterwards()
 {
     QVERIFY(Common::isWritable(path()));
 
     QCOMPARE(contentOf(path()), QByteArray());
 }
 
-void TstFiles::folderAndFileInNoFolderAreNotWritable()
+void TstCommonFiles::folderAndFileInNoFolderAreNotWritable()
 {
     QVERIFY(!Common::isWritable(folder->path()));
     QVERIFY(!Common::isWritable(path("missing/file")));
     QVERIFY(!QFile::exists(path("missing")));
 }
 
-void TstFiles::readOnlyFileIsNotWritable()
+void TstCommonFiles::readOnlyFileIsNotWritable()
 {
     put(path(), "content");
     QVERIFY(QFile::setPermissions(path(), QFile::ReadOwner | QFile::ReadUser | QFile::ReadOther));
@@ -250,5 +250,5 @@ void TstFiles::readOnlyFileIsNotWritable()
     QFile::setPermissions(path(), QFile::ReadOwner | QFile::WriteOwner);
 }
 
-VELMOR_TEST(TstFiles)
-#include "tst_files.moc"
+VELMOR_TEST(TstCommonFiles)
+#include "tst_common_files.moc"

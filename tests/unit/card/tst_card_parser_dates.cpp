@@ -25,6 +25,7 @@ private slots:
     void birthDateComesFromDg11();
     void centuryStandsInTheMonth_data();
     void centuryStandsInTheMonth();
+    void birthDateIsMadeOfSixBytes();
     void everyOtherCharacterGivesCentury00();
     void absentGroupsGivePointsAnd00();
     void shortDg1GivesAPartialBirthDate_data();
@@ -69,6 +70,7 @@ void TstCardParserDates::expiryDateInFigures_data()
     QTest::newRow("century is always 20: beyond 2099") << QByteArray("010101") << "01.01.2001";
     QTest::newRow("no such date") << QByteArray("339940") << "40.99.2033";
     QTest::newRow("no figures") << QByteArray("<<ABCD") << "CD.AB.20<<";
+    QTest::newRow("six bytes, fewer characters") << QByteArray("3310Ż") << QString("Ż.10.2033");
 }
 
 void TstCardParserDates::expiryDateInFigures()
@@ -229,6 +231,12 @@ void TstCardParserDates::centuryStandsInTheMonth()
     const DGParser parser = withPersonalNumber(number);
 
     QTEST(parser.birthDate(), "expected");
+}
+
+void TstCardParserDates::birthDateIsMadeOfSixBytes()
+{
+    // Of two of them one character is made, and no seventh byte takes the place of what is missing.
+    QCOMPARE(withPersonalNumber("8405Ż12345").birthDate(), QString("Ż.05.1984"));
 }
 
 void TstCardParserDates::everyOtherCharacterGivesCentury00()

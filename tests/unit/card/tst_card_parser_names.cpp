@@ -87,11 +87,16 @@ void TstCardParserNames::namesOf_data()
 
     row("5: surname alone, ends with the file", head + surname, { "NOWAK", "", "" });
     row("5: surname one byte short", head + surname.chopped(1));
+    // Its length and first letter could be the tag of a first name: "a" is 61.
+    row("5: surname cut short, going on like a first name", head + hex("5F6005") + "a\x02XY");
     row("5: surname with a tag only", head + hex("5F6001"));
     row("6: one byte behind the surname", head + surname + hex("5F"), { "NOWAK", "", "" });
     row("6: tag without length", head + surname + hex("5F61"), { "NOWAK", "", "" });
     row("6: both bytes of the tag wrong", head + surname + hex("6F62") + "\x01" + "A" + second, { "NOWAK", "", "" });
     row("6: first name one byte short", head + surname + first.chopped(1), { "NOWAK", "", "" });
+    // The same for the second name, whose tag is 5F62: a length of 95, and "b".
+    row("6: first name cut short, going on like a second name", head + surname + hex("5F615F") + "b\x02XY",
+        { "NOWAK", "", "" });
     row("6: first name ends with the file", head + surname + first, { "NOWAK", "EWA", "" });
     row("7: tag without length", head + surname + first + hex("5F62"), { "NOWAK", "EWA", "" });
     row("8: second name one byte short", head + surname + first + second.chopped(1), { "NOWAK", "EWA", "" });

@@ -3,7 +3,6 @@
 #include "card/card_tables.h"
 #include "card/pin_buffer.h"
 #include "card/reader.h"
-#include "card/token.h"
 #include "support/testmain.h"
 
 #include <QRegularExpression>
@@ -19,30 +18,22 @@ private slots:
     void pinsHaveTheirDigits_data();
     void pinsHaveTheirDigits();
     void noPinTableHoldsPresence();
+    void titleAndDigitsFollowTheName_data();
+    void titleAndDigitsFollowTheName();
     void pukHasEightDigits();
     void chipsStandInTheirOrder_data();
     void chipsStandInTheirOrder();
     void everyChipCarriesTheSameRemainder();
+    void atrTellsTheNameOfItsChip_data();
+    void atrTellsTheNameOfItsChip();
     void everyChipHasTheSameFourContainers_data();
     void everyChipHasTheSameFourContainers();
     void tableIsHandedOutAsACopy();
     void chipTypeFollowsFlags_data();
     void chipTypeFollowsFlags();
     void firstChipOfSeveralDecides();
-    void slotWordsAscendByKey();
-    void tokenWords_data();
-    void tokenWords();
-    void tokenMapHasNineEntries();
-    void pinStateFollowsFlags_data();
-    void pinStateFollowsFlags();
-    void pukTriesFollowFlags_data();
-    void pukTriesFollowFlags();
-    void tokenMatches_data();
-    void tokenMatches();
     void readerNameEndsAtTheFirstMark_data();
     void readerNameEndsAtTheFirstMark();
-    void onlyTrailingSpaceIsCut();
-    void descriptionsPrintDecimalDigitsAfter0x();
     void pinBufferIsWipedWhenItGoes();
     void emptyPinIsNotNull();
 };
@@ -100,6 +91,31 @@ void TestCardTables::noPinTableHoldsPresence()
     QCOMPARE(pinContainers().size(), std::size_t(3));
 }
 
+void TestCardTables::titleAndDigitsFollowTheName_data()
+{
+    QTest::addColumn<QString>("conteiner");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<int>("digits");
+    QTest::newRow("auth") << "Authentication"
+                          << "Certyfikat do identyfikacji i uwierzytelniania" << 4;
+    QTest::newRow("author") << "Authorization"
+                            << "Certyfikat do podpisu osobistego" << 6;
+    QTest::newRow("pres") << "Presence"
+                          << "Certyfikat do potwierdzania obecności" << 0;
+    QTest::newRow("qual") << "Qualified"
+                          << "Certyfikat kwalifikowany" << 8;
+    QTest::newRow("no container") << "eMRTD"
+                                  << "" << 0;
+}
+
+void TestCardTables::titleAndDigitsFollowTheName()
+{
+    QFETCH(QString, conteiner);
+
+    QTEST(containerTitle(conteiner), "title");
+    QTEST(pinDigits(conteiner), "digits");
+}
+
 void TestCardTables::pukHasEightDigits()
 {
     QCOMPARE(QString(pukPattern), QString("\\d{8}"));
@@ -146,6 +162,33 @@ void TestCardTables::everyChipCarriesTheSameRemainder()
         QVERIFY(!chip.atr.empty());
         QCOMPARE(chip.atrMask, std::vector<quint8>(chip.atr.size(), 0xFF));
     }
+}
+
+void TestCardTables::atrTellsTheNameOfItsChip_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("checkByte");
+    // The exclusive or of all bytes before it but the first.
+    QTest::newRow("1.0") << 0 << QByteArray("VELMOR_1_0") << QByteArray("85");
+    QTest::newRow("2.0") << 1 << QByteArray("VELMOR_2_0") << QByteArray("86");
+    QTest::newRow("2.1") << 2 << QByteArray("VELMOR_2_1") << QByteArray("87");
+    QTest::newRow("2.2 test") << 3 << QByteArray("VELMOR_2_2_TEST") << QByteArray("c8");
+    QTest::newRow("2.2") << 4 << QByteArray("VELMOR_2_2") << QByteArray("84");
+}
+
+void TestCardTables::atrTellsTheNameOfItsChip()
+{
+    QFETCH(int, row);
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, checkByte);
+
+    const std::vector<quint8> atr = cardChips().at(row).atr;
+
+    // Direct convention, as many historical bytes as the name is long, protocol T=1.
+    const QByteArray length = QByteArray::number(name.size(), 16);
+    const QByteArray expected = "3b8" + length + "01" + name.toHex() + checkByte;
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(atr.data()), int(atr.size())).toHex(), expected);
 }
 
 void TestCardTables::everyChipHasTheSameFourContainers_data()
@@ -226,164 +269,6 @@ void TestCardTables::firstChipOfSeveralDecides()
     QCOMPARE(Reader::cardChipType(0x88000000u | 0x80000 | 0x200000), 16);
 }
 
-void TestCardTables::slotWordsAscendByKey()
-{
-    QCOMPARE(slotStatusNames().keys(), (QList<quint32> { 0, 128, 256 }));
-    QCOMPARE(slotStatusNames().values(), (QStringList { "present", "waitCan", "notReadByTheMonitor" }));
-    QCOMPARE(statusWords(slotStatusNames(), 0x181), QString("waitCan notReadByTheMonitor"));
-    QCOMPARE(statusWords(slotStatusNames(), 0x100), QString("notReadByTheMonitor"));
-    QCOMPARE(statusWords(slotStatusNames(), 0xFFFFFFFF), QString("waitCan notReadByTheMonitor"));
-    QCOMPARE(statusWords(slotStatusNames(), 0), QString());
-}
-
-void TestCardTables::tokenWords_data()
-{
-    QTest::addColumn<uint>("flag");
-    QTest::addColumn<QString>("word");
-    QTest::newRow("0x400") << 0x400u << "initialized";
-    QTest::newRow("0x100000") << 0x100000u << "so_tries_low";
-    QTest::newRow("0x200000") << 0x200000u << "so_final_try";
-    QTest::newRow("0x400000") << 0x400000u << "so_pin_locked";
-    QTest::newRow("0x800000") << 0x800000u << "so_to_be_changed";
-    QTest::newRow("0x10000") << 0x10000u << "tries_low";
-    QTest::newRow("0x20000") << 0x20000u << "final_try";
-    QTest::newRow("0x40000") << 0x40000u << "pin_locked";
-    QTest::newRow("0x80000") << 0x80000u << "to_be_changed";
-}
-
-void TestCardTables::tokenWords()
-{
-    QFETCH(uint, flag);
-
-    QTEST(statusWords(tokenStatusNames(), flag), "word");
-}
-
-void TestCardTables::tokenMapHasNineEntries()
-{
-    QCOMPARE(tokenStatusNames().size(), 9);
-    QCOMPARE(statusWords(tokenStatusNames(), 0xFFFFFFFF),
-             QString("initialized tries_low final_try pin_locked to_be_changed so_tries_low so_final_try so_pin_locked "
-                     "so_to_be_changed"));
-}
-
-void TestCardTables::pinStateFollowsFlags_data()
-{
-    QTest::addColumn<uint>("flags");
-    QTest::addColumn<int>("tries");
-    QTest::addColumn<QString>("status");
-    const uint initialized = 0x8, toBeChanged = 0x80000, locked = 0x40000, finalTry = 0x20000, low = 0x10000;
-    QTest::newRow("no flag") << 0u << 4 << "Nadaj PIN";
-    QTest::newRow("initialized") << initialized << 3 << "Zmień PIN";
-    QTest::newRow("low") << (initialized | low) << 2 << "Zmień PIN";
-    QTest::newRow("final try") << (initialized | finalTry) << 1 << "Zmień PIN";
-    QTest::newRow("final try and low") << (initialized | finalTry | low) << 1 << "Zmień PIN";
-    QTest::newRow("locked") << (initialized | locked) << 0 << "Odblokuj PIN";
-    QTest::newRow("locked, final try, low") << (initialized | locked | finalTry | low) << 0 << "Odblokuj PIN";
-    QTest::newRow("to be changed") << (initialized | toBeChanged) << 4 << "Nadaj PIN";
-    QTest::newRow("to be changed, locked") << (initialized | toBeChanged | locked) << 4 << "Nadaj PIN";
-    QTest::newRow("locked, not initialized") << locked << 4 << "Nadaj PIN";
-    QTest::newRow("low, not initialized") << low << 4 << "Nadaj PIN";
-}
-
-void TestCardTables::pinStateFollowsFlags()
-{
-    QFETCH(uint, flags);
-
-    QTEST(pinState(flags).tries, "tries");
-    QTEST(pinState(flags).status, "status");
-}
-
-void TestCardTables::pukTriesFollowFlags_data()
-{
-    QTest::addColumn<uint>("flags");
-    QTest::addColumn<int>("tries");
-    QTest::newRow("no flag") << 0u << 3;
-    QTest::newRow("low") << 0x100000u << 2;
-    QTest::newRow("final try") << 0x200000u << 1;
-    QTest::newRow("final try and low") << 0x300000u << 1;
-    QTest::newRow("locked") << 0x400000u << 0;
-    QTest::newRow("locked, final try, low") << 0x700000u << 0;
-    QTest::newRow("to be changed") << 0x800000u << 4;
-    QTest::newRow("to be changed, locked, final try, low") << 0xF00000u << 4;
-    QTest::newRow("only user bits") << 0xF0008u << 3;
-}
-
-void TestCardTables::pukTriesFollowFlags()
-{
-    QFETCH(uint, flags);
-
-    QTEST(pinState(flags).triesSO, "tries");
-}
-
-void TestCardTables::tokenMatches_data()
-{
-    QTest::addColumn<QString>("tokenLabel");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("label");
-    QTest::addColumn<int>("slotId");
-    QTest::addColumn<int>("session");
-    QTest::addColumn<uint>("slotFlags");
-    QTest::addColumn<bool>("hit");
-    const QString full = "Card Qualified 1";
-    QTest::newRow("all conditions off") << full << "Reader A"
-                                        << "_noset" << -1 << -1 << 0u << true;
-    QTest::newRow("part of the label") << full << "Reader A"
-                                       << "Qualified" << -1 << -1 << 0u << true;
-    QTest::newRow("label in other case") << full << "Reader A"
-                                         << "qualified" << -1 << -1 << 0u << false;
-    QTest::newRow("more than the label") << "Qualified"
-                                         << "Reader A" << full << -1 << -1 << 0u << false;
-    QTest::newRow("empty label, labelled token") << full << "Reader A"
-                                                 << "" << -1 << -1 << 0u << false;
-    QTest::newRow("empty label, empty token") << ""
-                                              << "Reader A"
-                                              << "" << -1 << -1 << 0u << true;
-    QTest::newRow("any label, empty token") << ""
-                                            << "Reader A"
-                                            << "_noset" << -1 << -1 << 0u << true;
-    QTest::newRow("some label, empty token") << ""
-                                             << "Reader A"
-                                             << "Qualified" << -1 << -1 << 0u << false;
-    QTest::newRow("name in other case") << full << "reader a"
-                                        << "_noset" << -1 << -1 << 0u << false;
-    QTest::newRow("part of the name") << full << "Reader"
-                                      << "_noset" << -1 << -1 << 0u << false;
-    QTest::newRow("longer name") << full << "Reader AB"
-                                 << "_noset" << -1 << -1 << 0u << false;
-    QTest::newRow("its slot") << full << "Reader A"
-                              << "_noset" << 7 << -1 << 0u << true;
-    QTest::newRow("another slot") << full << "Reader A"
-                                  << "_noset" << 8 << -1 << 0u << false;
-    QTest::newRow("its session") << full << "Reader A"
-                                 << "_noset" << -1 << 3 << 0u << true;
-    QTest::newRow("another session") << full << "Reader A"
-                                     << "_noset" << -1 << 4 << 0u << false;
-    QTest::newRow("one common flag") << full << "Reader A"
-                                     << "_noset" << -1 << -1 << 0x201u << true;
-    QTest::newRow("highest flag") << full << "Reader A"
-                                  << "_noset" << -1 << -1 << 0x80000000u << true;
-    QTest::newRow("no common flag") << full << "Reader A"
-                                    << "_noset" << -1 << -1 << 0x200u << false;
-}
-
-void TestCardTables::tokenMatches()
-{
-    QFETCH(QString, tokenLabel);
-    QFETCH(QString, name);
-    QFETCH(QString, label);
-    QFETCH(int, slotId);
-    QFETCH(int, session);
-    QFETCH(uint, slotFlags);
-    Token token;
-    token.name = "Reader A";
-    token.label = tokenLabel;
-    token.slotId = 7;
-    token.session = 3;
-    token.slotFlags = 0x80000001u;
-
-    QTEST(matches(token, name, label, slotId, session, slotFlags), "hit");
-}
-
 void TestCardTables::readerNameEndsAtTheFirstMark_data()
 {
     QTest::addColumn<QString>("slot");
@@ -407,33 +292,6 @@ void TestCardTables::readerNameEndsAtTheFirstMark()
     QFETCH(QString, slot);
 
     QTEST(Common::readerName(slot), "reader");
-}
-
-void TestCardTables::onlyTrailingSpaceIsCut()
-{
-    QCOMPARE(cutTrailingSpace("  a b \t\r\n "), QString("  a b"));
-    QCOMPARE(cutTrailingSpace("   "), QString());
-    QCOMPARE(cutTrailingSpace(""), QString());
-    QCOMPARE(cutTrailingSpace(QString("a ") + QChar(0)), QString("a ") + QChar(0));
-}
-
-void TestCardTables::descriptionsPrintDecimalDigitsAfter0x()
-{
-    Slot slot;
-    slot.name = " Reader A #1 ";
-    slot.id = 17;
-    slot.flags = 0x81;
-    Token token;
-    token.slotId = 17;
-    token.label = "Qualified";
-    token.tokenFlags = 0x40400;
-
-    QCOMPARE(describeSlot(slot, true, true), QString("Slot 0x17: Reader A #1 waitCan"));
-    QCOMPARE(describeSlot(slot, false, false), QString("Slot 0x17"));
-    QCOMPARE(describeSlot(slot, true, false), QString("Slot 0x17: Reader A #1"));
-    QCOMPARE(describeSlot(slot, false, true), QString("Slot 0x17 waitCan"));
-    QCOMPARE(describeToken(token, true, true), QString("Token 0x17: Qualified initialized pin_locked"));
-    QCOMPARE(describeToken(token, false, false), QString("Token 0x17"));
 }
 
 void TestCardTables::pinBufferIsWipedWhenItGoes()

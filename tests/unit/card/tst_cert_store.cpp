@@ -1,3 +1,4 @@
+#include "support/own_memory.h"
 #include "support/testmain.h"
 
 #include "card/cert_store.h"
@@ -25,11 +26,14 @@ private slots:
     void certsGivesACopy();
     void countsAndListsAreApart();
     void clearForgetsAll();
+    void certificateThatGoesIsOverwritten_data();
+    void certificateThatGoesIsOverwritten();
 };
 
 namespace {
 
 using Certs = QList<QByteArray>;
+using LetGo = void (*)(CertStore &);
 
 void addOutsideRows()
 {
@@ -39,6 +43,8 @@ void addOutsideRows()
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(LetGo)
 
 void TstCertStore::freshStoreIsEmpty()
 {
@@ -153,13 +159,14 @@ void TstCertStore::certificateOutsideChangesNothing()
         CertStore store;
         Certs behind; // where one list more would lie
     } memory;
+    memory.behind = Certs({ "behind" });
 
     memory.store.setCerts(index, "certificate");
 
     for (int inside = 0; inside < 4; ++inside)
         QCOMPARE(memory.store.certs(inside), Certs());
     QCOMPARE(memory.store.certs(index), Certs());
-    QCOMPARE(memory.behind, Certs());
+    QCOMPARE(memory.behind, Certs({ "behind" }));
 }
 
 void TstCertStore::qualifiedListIsReplaced()
@@ -221,6 +228,37 @@ void TstCertStore::clearForgetsAll()
         QCOMPARE(store.certs(index), Certs());
     }
     QCOMPARE(store.qualifiedCount(), 0);
+}
+
+void TstCertStore::certificateThatGoesIsOverwritten_data()
+{
+    QTest::addColumn<LetGo>("letGo");
+    const auto row = [](const char *name, LetGo letGo) { QTest::newRow(name) << letGo; };
+    row("for another", [](CertStore &store) { store.setCerts(3, "another"); });
+    row("for a list", [](CertStore &store) { store.setQualifiedCerts({ "another" }); });
+    row("with the card", [](CertStore &store) { store.clear(); });
+}
+
+void TstCertStore::certificateThatGoesIsOverwritten()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("The sanitizer guards what was freed, which is looked at here");
+#endif
+    QFETCH(LetGo, letGo);
+    const HiddenDigits digits("60718293041526374859");
+    const HiddenBytes certificate = HiddenBytes::of(digits);
+    CertStore store;
+    {
+        QByteArray bytes(700, '\0');
+        for (int i = 0; i < digits.size(); ++i)
+            bytes[600 + i] = digits.at(i);
+        store.setCerts(3, bytes);
+    }
+    QCOMPARE(certificate.places(), 1);
+
+    letGo(store);
+
+    QCOMPARE(certificate.places(), 0);
 }
 
 VELMOR_TEST(TstCertStore)

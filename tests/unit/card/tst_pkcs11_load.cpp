@@ -445,7 +445,7 @@ void TestPkcs11Load::secondThreadIsCaughtInAssertingBuilds()
 
     QVERIFY(child.waitForFinished());
     const QString output = QString::fromLocal8Bit(child.readAll());
-    QVERIFY2(output.contains("touched from a second thread"), qPrintable(output));
+    QVERIFY2(output.contains("in Pkcs11: \"touched from a second thread\""), qPrintable(output));
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
 }
 

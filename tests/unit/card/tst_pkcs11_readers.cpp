@@ -203,6 +203,8 @@ void TestPkcs11Readers::selectionNeedsAnInitializedToken_data()
     QTest::newRow("waits for its CAN") << 0x480u << label << 0u << false;
     QTest::newRow("initialized, no label") << 0x400u << QByteArray() << 0u << true;
     QTest::newRow("bracket") << 0x400u << QByteArray("velmor (Qualified)") << 0u << true;
+    QTest::newRow("initialized, every other sign")
+        << 0x400u << QByteArray(")[]{}<>/#+-*.,:;\"'xX_ 0123456789") << 0u << true;
     QTest::newRow("bracket, waits for its CAN") << 0x480u << QByteArray("velmor (CAN)") << 0u << true;
     QTest::newRow("bracket, not initialized") << 0x0u << QByteArray("velmor (CAN)") << 0u << true;
     QTest::newRow("closing bracket only") << 0x0u << QByteArray("velmor CAN)") << 0u << false;
@@ -230,7 +232,8 @@ void TestPkcs11Readers::selectionNeedsAnInitializedToken()
 
 void TestPkcs11Readers::selectionAcceptsABracketAnywhere()
 {
-    card->card = { slot(1, "Reader A #1"), slot(2, "Reader A #2", 1, "velmor (CAN)") };
+    // In any slot, whatever its flags.
+    card->card = { slot(1, "Reader A #1"), slot(2, "Reader A #2", 0, "velmor (CAN)") };
     card->card[0].tokenFlags = 0;
     card->card[1].tokenFlags = 0;
     pkcs11->detectSlots();

@@ -14,6 +14,8 @@ private slots:
     void failedSlotListEndsDetection();
     void failedInitializeEndsDetection();
     void failedDetectionForgetsTheSlots();
+    void listOfAbsurdLengthIsNotAskedFor_data();
+    void listOfAbsurdLengthIsNotAskedFor();
     void slotThatCannotBeReadStandsWithoutNameAndFlags();
 
     void tokensAreReadOfTheSelectedReaderOnly();
@@ -100,6 +102,29 @@ void TestPkcs11Slots::failedDetectionForgetsTheSlots()
     pkcs11->detectTokens();
 
     QVERIFY(card->calls().isEmpty());
+}
+
+void TestPkcs11Slots::listOfAbsurdLengthIsNotAskedFor_data()
+{
+    QTest::addColumn<uint>("length");
+    QTest::addColumn<bool>("asked");
+    QTest::newRow("longest") << 0x10000u << true;
+    QTest::newRow("one more") << 0x10001u << false;
+}
+
+void TestPkcs11Slots::listOfAbsurdLengthIsNotAskedFor()
+{
+    QFETCH(uint, length);
+    QFETCH(bool, asked);
+    // Only one is left when the list itself is given.
+    card->onSlotList = [length](CK_SLOT_ID *ids, CK_ULONG *count) -> CK_RV {
+        *count = ids ? 1 : length;
+        return CKR_OK;
+    };
+
+    QCOMPARE(pkcs11->detectSlots(), asked);
+
+    QCOMPARE(card->count("C_GetSlotList"), asked ? 2 : 1);
 }
 
 void TestPkcs11Slots::slotThatCannotBeReadStandsWithoutNameAndFlags()
@@ -213,16 +238,21 @@ void TestPkcs11Slots::failedTokenInfoRemovesAKnownTokenAndClosesItsSession()
 
 void TestPkcs11Slots::knownTokensKeepTheirSessions()
 {
-    card->card = { slot(1, "Reader A #1") };
+    // Also that of a slot without any flag.
+    card->card = { slot(1, "Reader A #1"), slot(2, "Reader A #2", 0, "velmor Presence") };
     listAndSelect();
-    pkcs11->certsCount("Reader A", "Qualified");
-    QCOMPARE(card->count("C_OpenSession"), 1);
+    const auto count = [this] {
+        pkcs11->certsCount("Reader A", "Qualified");
+        pkcs11->certsCount("Reader A", "Presence");
+    };
+    count();
+    QCOMPARE(card->count("C_OpenSession"), 2);
 
     pkcs11->detectSlots();
     pkcs11->detectTokens();
-    pkcs11->certsCount("Reader A", "Qualified");
+    count();
 
-    QCOMPARE(card->count("C_OpenSession"), 1);
+    QCOMPARE(card->count("C_OpenSession"), 2);
     QCOMPARE(card->count("C_CloseSession"), 0);
 }
 

@@ -23,6 +23,7 @@ private slots:
     void pinPadFollowsItsBit();
     void pinPadIsAskedAnew();
     void pinPadWithoutCard();
+    void pinPadOfSlotZero();
     void pinPadWithANegativeSlot();
     void pinPadOfAnUnreadableSlot();
     void pinPadTakesAnyToken();
@@ -156,6 +157,18 @@ void TestPkcs11TokenState::pinPadWithoutCard()
 
     QVERIFY(log->has("Pkcs11 err:  isPinPad1: Brak karty!"));
     QVERIFY(card->calls().isEmpty());
+}
+
+void TestPkcs11TokenState::pinPadOfSlotZero()
+{
+    card->card.resize(1);
+    card->card[0].id = 0;
+    card->card[0].flags = 0x201;
+    listAndSelect();
+
+    QCOMPARE(pkcs11->isPinPad(reader), 1);
+
+    QCOMPARE(card->calls(), QStringList { "C_GetSlotInfo 0" });
 }
 
 void TestPkcs11TokenState::pinPadWithANegativeSlot()

@@ -15,7 +15,7 @@ constexpr CK_FLAGS notInitialized = CKF_TOKEN_INITIALIZED;
 
 } // namespace
 
-class TestPkcs11PinUnblock : public QObject, private Pkcs11World {
+class TestPkcs11SessionPinUnblock : public QObject, private Pkcs11World {
     Q_OBJECT
 
 private slots:
@@ -47,7 +47,7 @@ private slots:
     void emptyPinsGoWithLengthZero();
 };
 
-void TestPkcs11PinUnblock::unblockLogsInWithThePukAndSetsThePin_data()
+void TestPkcs11SessionPinUnblock::unblockLogsInWithThePukAndSetsThePin_data()
 {
     QTest::addColumn<quint64>("flags");
     QTest::newRow("locked") << quint64(locked);
@@ -55,7 +55,7 @@ void TestPkcs11PinUnblock::unblockLogsInWithThePukAndSetsThePin_data()
     QTest::newRow("not initialized and locked") << quint64(notInitialized | CKF_USER_PIN_LOCKED);
 }
 
-void TestPkcs11PinUnblock::unblockLogsInWithThePukAndSetsThePin()
+void TestPkcs11SessionPinUnblock::unblockLogsInWithThePukAndSetsThePin()
 {
     QFETCH(quint64, flags);
     insert(static_cast<CK_FLAGS>(flags));
@@ -67,7 +67,7 @@ void TestPkcs11PinUnblock::unblockLogsInWithThePukAndSetsThePin()
     QCOMPARE(card->pins, (QList<QByteArray> { puk.toLatin1(), newPin.toLatin1() }));
 }
 
-void TestPkcs11PinUnblock::wrongPukOnLockedPinCallsNeitherInitPinNorLogout()
+void TestPkcs11SessionPinUnblock::wrongPukOnLockedPinCallsNeitherInitPinNorLogout()
 {
     insert(locked);
     openSession(conteiner);
@@ -80,7 +80,7 @@ void TestPkcs11PinUnblock::wrongPukOnLockedPinCallsNeitherInitPinNorLogout()
              (QStringList { "Pkcs11 err:  Błędny PUK!", "Pkcs11 err:  Błąd podczas logowania pinem SO!" }));
 }
 
-void TestPkcs11PinUnblock::unblockMapsFailedLogins_data()
+void TestPkcs11SessionPinUnblock::unblockMapsFailedLogins_data()
 {
     QTest::addColumn<uint>("rv");
     QTest::addColumn<int>("code");
@@ -91,7 +91,7 @@ void TestPkcs11PinUnblock::unblockMapsFailedLogins_data()
     QTest::newRow("locked") << 0xA4u << -1;
 }
 
-void TestPkcs11PinUnblock::unblockMapsFailedLogins()
+void TestPkcs11SessionPinUnblock::unblockMapsFailedLogins()
 {
     QFETCH(uint, rv);
     QFETCH(int, code);
@@ -104,7 +104,7 @@ void TestPkcs11PinUnblock::unblockMapsFailedLogins()
     QCOMPARE(card->functions(), QStringList { "C_Login" });
 }
 
-void TestPkcs11PinUnblock::unblockOfAHealthyPinCallsNothing()
+void TestPkcs11SessionPinUnblock::unblockOfAHealthyPinCallsNothing()
 {
     insert(healthy);
     openSession(conteiner);
@@ -115,7 +115,7 @@ void TestPkcs11PinUnblock::unblockOfAHealthyPinCallsNothing()
     QVERIFY(log->has("Pkcs11 err:  Nie wspierany mechanizm odblokowania kodu PIN!"));
 }
 
-void TestPkcs11PinUnblock::firstUseSetsThePinWithThePuk()
+void TestPkcs11SessionPinUnblock::firstUseSetsThePinWithThePuk()
 {
     insert(firstUse);
     openSession(conteiner);
@@ -126,7 +126,7 @@ void TestPkcs11PinUnblock::firstUseSetsThePinWithThePuk()
     QCOMPARE(card->pins, (QList<QByteArray> { puk.toLatin1(), newPin.toLatin1() }));
 }
 
-void TestPkcs11PinUnblock::firstUseWithoutSessionOpensNone()
+void TestPkcs11SessionPinUnblock::firstUseWithoutSessionOpensNone()
 {
     insert(firstUse);
 
@@ -136,7 +136,7 @@ void TestPkcs11PinUnblock::firstUseWithoutSessionOpensNone()
     QCOMPARE(card->calls(), QStringList { "C_SetPIN 4294967295 old=8 new=8" });
 }
 
-void TestPkcs11PinUnblock::firstUseWithAWrongPukIsAPlainFailure()
+void TestPkcs11SessionPinUnblock::firstUseWithAWrongPukIsAPlainFailure()
 {
     insert(firstUse);
     openSession(conteiner);
@@ -148,7 +148,7 @@ void TestPkcs11PinUnblock::firstUseWithAWrongPukIsAPlainFailure()
     QVERIFY(log->has("Pkcs11 err:  Błąd podczas odblokowywaniu pin-u!"));
 }
 
-void TestPkcs11PinUnblock::notInitializedAndToBeChangedSkipsTheLogout()
+void TestPkcs11SessionPinUnblock::notInitializedAndToBeChangedSkipsTheLogout()
 {
     insert(notInitialized | CKF_USER_PIN_TO_BE_CHANGED);
     openSession(conteiner);
@@ -158,7 +158,7 @@ void TestPkcs11PinUnblock::notInitializedAndToBeChangedSkipsTheLogout()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_InitPIN" }));
 }
 
-void TestPkcs11PinUnblock::lockedAndToBeChangedSkipsTheLogout()
+void TestPkcs11SessionPinUnblock::lockedAndToBeChangedSkipsTheLogout()
 {
     insert(locked | CKF_USER_PIN_TO_BE_CHANGED);
     openSession(conteiner);
@@ -168,7 +168,7 @@ void TestPkcs11PinUnblock::lockedAndToBeChangedSkipsTheLogout()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_InitPIN" }));
 }
 
-void TestPkcs11PinUnblock::unblockMapsResults_data()
+void TestPkcs11SessionPinUnblock::unblockMapsResults_data()
 {
     QTest::addColumn<uint>("rv");
     QTest::addColumn<uint>("logout");
@@ -189,7 +189,7 @@ void TestPkcs11PinUnblock::unblockMapsResults_data()
     }
 }
 
-void TestPkcs11PinUnblock::unblockMapsResults()
+void TestPkcs11SessionPinUnblock::unblockMapsResults()
 {
     QFETCH(uint, rv);
     QFETCH(uint, logout);
@@ -209,7 +209,7 @@ void TestPkcs11PinUnblock::unblockMapsResults()
              message.isEmpty() ? QStringList() : QStringList { "Pkcs11 err:  " + message });
 }
 
-void TestPkcs11PinUnblock::firstUseMapsResults_data()
+void TestPkcs11SessionPinUnblock::firstUseMapsResults_data()
 {
     QTest::addColumn<uint>("rv");
     QTest::addColumn<int>("code");
@@ -222,7 +222,7 @@ void TestPkcs11PinUnblock::firstUseMapsResults_data()
     QTest::newRow("locked") << 0xA4u << -1 << "Błąd podczas odblokowywaniu pin-u!";
 }
 
-void TestPkcs11PinUnblock::firstUseMapsResults()
+void TestPkcs11SessionPinUnblock::firstUseMapsResults()
 {
     QFETCH(uint, rv);
     QFETCH(int, code);
@@ -239,7 +239,7 @@ void TestPkcs11PinUnblock::firstUseMapsResults()
              message.isEmpty() ? QStringList() : QStringList { "Pkcs11 err:  " + message });
 }
 
-void TestPkcs11PinUnblock::unblockDecidesOnTheFlagsAsLastRead()
+void TestPkcs11SessionPinUnblock::unblockDecidesOnTheFlagsAsLastRead()
 {
     insert(healthy);
     openSession(conteiner);
@@ -254,14 +254,14 @@ void TestPkcs11PinUnblock::unblockDecidesOnTheFlagsAsLastRead()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_InitPIN", "C_Logout" }));
 }
 
-void TestPkcs11PinUnblock::unblockWithoutLibrary_data()
+void TestPkcs11SessionPinUnblock::unblockWithoutLibrary_data()
 {
     QTest::addColumn<ulong>("flags");
     QTest::newRow("locked") << ulong(locked);
     QTest::newRow("first use") << ulong(firstUse);
 }
 
-void TestPkcs11PinUnblock::unblockWithoutLibrary()
+void TestPkcs11SessionPinUnblock::unblockWithoutLibrary()
 {
     QFETCH(ulong, flags);
     insert(flags);
@@ -275,7 +275,7 @@ void TestPkcs11PinUnblock::unblockWithoutLibrary()
     QCOMPARE(card->functions(), QStringList { "C_Initialize" });
 }
 
-void TestPkcs11PinUnblock::unblockWithoutCard()
+void TestPkcs11SessionPinUnblock::unblockWithoutCard()
 {
     insert(locked);
 
@@ -285,7 +285,7 @@ void TestPkcs11PinUnblock::unblockWithoutCard()
     QVERIFY(card->pins.isEmpty());
 }
 
-void TestPkcs11PinUnblock::unblockFindsACardThatHasJustAppeared()
+void TestPkcs11SessionPinUnblock::unblockFindsACardThatHasJustAppeared()
 {
     card->addReader(reader);
     card->slotOf(4)->tokenInfo = CKR_DEVICE_ERROR;
@@ -297,7 +297,7 @@ void TestPkcs11PinUnblock::unblockFindsACardThatHasJustAppeared()
     QCOMPARE(pkcs11->unblockPIN(reader, conteiner, puk, newPin), 0);
 }
 
-void TestPkcs11PinUnblock::unblockWithoutSessionIsThatOfTheLogin()
+void TestPkcs11SessionPinUnblock::unblockWithoutSessionIsThatOfTheLogin()
 {
     insert(locked);
     card->fail("C_OpenSession", CKR_DEVICE_REMOVED);
@@ -307,7 +307,7 @@ void TestPkcs11PinUnblock::unblockWithoutSessionIsThatOfTheLogin()
     QCOMPARE(card->functions(), QStringList { "C_OpenSession" });
 }
 
-void TestPkcs11PinUnblock::emptyPinsGoWithLengthZero()
+void TestPkcs11SessionPinUnblock::emptyPinsGoWithLengthZero()
 {
     insert(healthy);
     openSession(conteiner);
@@ -330,5 +330,5 @@ void TestPkcs11PinUnblock::emptyPinsGoWithLengthZero()
     QCOMPARE(card->pins.size(), 7);
 }
 
-VELMOR_TEST(TestPkcs11PinUnblock)
-#include "tst_pkcs11_pin_unblock.moc"
+VELMOR_TEST(TestPkcs11SessionPinUnblock)
+#include "tst_pkcs11_session_pin_unblock.moc"

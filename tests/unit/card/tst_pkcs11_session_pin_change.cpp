@@ -11,7 +11,7 @@ constexpr CK_FLAGS healthy = CKF_TOKEN_INITIALIZED | CKF_USER_PIN_INITIALIZED;
 
 } // namespace
 
-class TestPkcs11PinChange : public QObject, private Pkcs11World {
+class TestPkcs11SessionPinChange : public QObject, private Pkcs11World {
     Q_OBJECT
 
 private slots:
@@ -26,6 +26,7 @@ private slots:
     void loginWithoutLibraryIsSilent();
     void loginWithoutCard();
     void loginWithoutSession();
+    void loginFindsATokenWhateverItsSlotSays();
     void loginOnSlotZero();
     void loginWithANegativeSlot();
 
@@ -46,7 +47,7 @@ private slots:
     void notADigitIsOneByteAll();
 };
 
-void TestPkcs11PinChange::loginOpensASessionOnce()
+void TestPkcs11SessionPinChange::loginOpensASessionOnce()
 {
     insert(healthy);
 
@@ -58,7 +59,7 @@ void TestPkcs11PinChange::loginOpensASessionOnce()
     QVERIFY(log->has("session  1 opened for  Token 0x4"));
 }
 
-void TestPkcs11PinChange::loginSendsPinAndUser_data()
+void TestPkcs11SessionPinChange::loginSendsPinAndUser_data()
 {
     QTest::addColumn<ulong>("user");
     QTest::addColumn<QString>("pin");
@@ -66,7 +67,7 @@ void TestPkcs11PinChange::loginSendsPinAndUser_data()
     QTest::newRow("PUK") << 0ul << "24681357";
 }
 
-void TestPkcs11PinChange::loginSendsPinAndUser()
+void TestPkcs11SessionPinChange::loginSendsPinAndUser()
 {
     QFETCH(ulong, user);
     QFETCH(QString, pin);
@@ -78,7 +79,7 @@ void TestPkcs11PinChange::loginSendsPinAndUser()
     QCOMPARE(card->pins, QList<QByteArray> { pin.toLatin1() });
 }
 
-void TestPkcs11PinChange::loginMapsResults_data()
+void TestPkcs11SessionPinChange::loginMapsResults_data()
 {
     QTest::addColumn<uint>("rv");
     QTest::addColumn<ulong>("user");
@@ -100,7 +101,7 @@ void TestPkcs11PinChange::loginMapsResults_data()
     QTest::newRow("incorrect, another user") << 0xA0u << 2ul << -1 << "Błąd podczas logowania !2";
 }
 
-void TestPkcs11PinChange::loginMapsResults()
+void TestPkcs11SessionPinChange::loginMapsResults()
 {
     QFETCH(uint, rv);
     QFETCH(ulong, user);
@@ -114,7 +115,7 @@ void TestPkcs11PinChange::loginMapsResults()
     QCOMPARE(log->lines().last(), "Pkcs11 err:  " + message);
 }
 
-void TestPkcs11PinChange::loginWithoutLibraryIsSilent()
+void TestPkcs11SessionPinChange::loginWithoutLibraryIsSilent()
 {
     insert(healthy);
     pkcs11->finalize();
@@ -127,7 +128,7 @@ void TestPkcs11PinChange::loginWithoutLibraryIsSilent()
     QCOMPARE(card->count("C_Login"), 0);
 }
 
-void TestPkcs11PinChange::loginWithoutCard()
+void TestPkcs11SessionPinChange::loginWithoutCard()
 {
     insert(healthy);
     card->clearCalls();
@@ -141,7 +142,7 @@ void TestPkcs11PinChange::loginWithoutCard()
     QCOMPARE(card->count("C_Login"), 0);
 }
 
-void TestPkcs11PinChange::loginWithoutSession()
+void TestPkcs11SessionPinChange::loginWithoutSession()
 {
     insert(healthy);
     card->fail("C_OpenSession", CKR_DEVICE_REMOVED);
@@ -154,7 +155,19 @@ void TestPkcs11PinChange::loginWithoutSession()
     QCOMPARE(card->count("C_Login"), 0);
 }
 
-void TestPkcs11PinChange::loginOnSlotZero()
+void TestPkcs11SessionPinChange::loginFindsATokenWhateverItsSlotSays()
+{
+    card->addReader(reader);
+    card->slotOf(4)->flags = 0;
+    listAndSelect();
+
+    QCOMPARE(pkcs11->login(reader, conteiner, oldPin, 1), 0);
+
+    // At once, without another look at the tokens.
+    QCOMPARE(card->functions(), (QStringList { "C_OpenSession", "C_Login" }));
+}
+
+void TestPkcs11SessionPinChange::loginOnSlotZero()
 {
     ScriptedSlot slot;
     slot.id = 0;
@@ -169,7 +182,7 @@ void TestPkcs11PinChange::loginOnSlotZero()
     QVERIFY(card->calls().contains("C_OpenSession 0 flags=6"));
 }
 
-void TestPkcs11PinChange::loginWithANegativeSlot()
+void TestPkcs11SessionPinChange::loginWithANegativeSlot()
 {
     ScriptedSlot slot;
     slot.id = 0x80000001u;
@@ -186,7 +199,7 @@ void TestPkcs11PinChange::loginWithANegativeSlot()
     QVERIFY(card->calls().isEmpty());
 }
 
-void TestPkcs11PinChange::changeCallsLoginSetPinLogout()
+void TestPkcs11SessionPinChange::changeCallsLoginSetPinLogout()
 {
     insert(healthy);
 
@@ -197,7 +210,7 @@ void TestPkcs11PinChange::changeCallsLoginSetPinLogout()
         (QStringList { "C_OpenSession 4 flags=6", "C_Login 1 user=1 pin=8", "C_SetPIN 1 old=8 new=8", "C_Logout 1" }));
 }
 
-void TestPkcs11PinChange::changeOnAnOpenSessionOpensNone()
+void TestPkcs11SessionPinChange::changeOnAnOpenSessionOpensNone()
 {
     insert(healthy);
     openSession(conteiner);
@@ -207,7 +220,7 @@ void TestPkcs11PinChange::changeOnAnOpenSessionOpensNone()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_SetPIN", "C_Logout" }));
 }
 
-void TestPkcs11PinChange::changeSendsTheOldPinTwice()
+void TestPkcs11SessionPinChange::changeSendsTheOldPinTwice()
 {
     insert(healthy);
 
@@ -216,7 +229,7 @@ void TestPkcs11PinChange::changeSendsTheOldPinTwice()
     QCOMPARE(card->pins, (QList<QByteArray> { oldPin.toLatin1(), oldPin.toLatin1(), newPin.toLatin1() }));
 }
 
-void TestPkcs11PinChange::changeWithWrongPinLogsOutAllTheSame()
+void TestPkcs11SessionPinChange::changeWithWrongPinLogsOutAllTheSame()
 {
     insert(healthy);
     openSession(conteiner);
@@ -227,7 +240,7 @@ void TestPkcs11PinChange::changeWithWrongPinLogsOutAllTheSame()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_Logout" }));
 }
 
-void TestPkcs11PinChange::changeMapsResults_data()
+void TestPkcs11SessionPinChange::changeMapsResults_data()
 {
     QTest::addColumn<uint>("setPin");
     QTest::addColumn<uint>("logout");
@@ -249,7 +262,7 @@ void TestPkcs11PinChange::changeMapsResults_data()
     }
 }
 
-void TestPkcs11PinChange::changeMapsResults()
+void TestPkcs11SessionPinChange::changeMapsResults()
 {
     QFETCH(uint, setPin);
     QFETCH(uint, logout);
@@ -269,7 +282,7 @@ void TestPkcs11PinChange::changeMapsResults()
              message.isEmpty() ? QStringList() : QStringList { "Pkcs11 err:  " + message });
 }
 
-void TestPkcs11PinChange::changeMapsFailedLogins_data()
+void TestPkcs11SessionPinChange::changeMapsFailedLogins_data()
 {
     QTest::addColumn<uint>("rv");
     QTest::addColumn<int>("code");
@@ -280,7 +293,7 @@ void TestPkcs11PinChange::changeMapsFailedLogins_data()
     QTest::newRow("locked") << 0xA4u << -1;
 }
 
-void TestPkcs11PinChange::changeMapsFailedLogins()
+void TestPkcs11SessionPinChange::changeMapsFailedLogins()
 {
     QFETCH(uint, rv);
     QFETCH(int, code);
@@ -294,7 +307,7 @@ void TestPkcs11PinChange::changeMapsFailedLogins()
     QCOMPARE(card->functions(), (QStringList { "C_Login", "C_Logout" }));
 }
 
-void TestPkcs11PinChange::changeWithoutLibrary()
+void TestPkcs11SessionPinChange::changeWithoutLibrary()
 {
     insert(healthy);
     // One that only seems to be open.
@@ -308,7 +321,7 @@ void TestPkcs11PinChange::changeWithoutLibrary()
     QCOMPARE(card->functions(), QStringList { "C_Initialize" });
 }
 
-void TestPkcs11PinChange::changeWithoutCard()
+void TestPkcs11SessionPinChange::changeWithoutCard()
 {
     insert(healthy);
 
@@ -318,7 +331,7 @@ void TestPkcs11PinChange::changeWithoutCard()
     QVERIFY(card->pins.isEmpty());
 }
 
-void TestPkcs11PinChange::changeWithoutSession()
+void TestPkcs11SessionPinChange::changeWithoutSession()
 {
     insert(healthy);
     card->fail("C_OpenSession", CKR_DEVICE_REMOVED);
@@ -329,10 +342,11 @@ void TestPkcs11PinChange::changeWithoutSession()
     QCOMPARE(card->functions(), QStringList { "C_OpenSession" });
 }
 
-void TestPkcs11PinChange::changeFindsACardThatHasJustAppeared()
+void TestPkcs11SessionPinChange::changeFindsACardThatHasJustAppeared()
 {
-    // The slot is known, and its token could not be asked at the detection.
+    // The slot is known, and its token could not be asked at the detection. The slot's flags do not matter.
     card->addReader(reader);
+    card->slotOf(4)->flags = 0;
     card->slotOf(4)->tokenInfo = CKR_DEVICE_ERROR;
     pkcs11->detectSlots();
     pkcs11->selectReader(reader);
@@ -346,7 +360,7 @@ void TestPkcs11PinChange::changeFindsACardThatHasJustAppeared()
                             "C_OpenSession", "C_Login", "C_SetPIN", "C_Logout" }));
 }
 
-void TestPkcs11PinChange::changeOnADeadSessionFails()
+void TestPkcs11SessionPinChange::changeOnADeadSessionFails()
 {
     insert(healthy);
     openSession(conteiner);
@@ -358,7 +372,7 @@ void TestPkcs11PinChange::changeOnADeadSessionFails()
     QCOMPARE(card->functions(), (QStringList { "C_Initialize", "C_Login", "C_Logout" }));
 }
 
-void TestPkcs11PinChange::notADigitIsOneByteAll()
+void TestPkcs11SessionPinChange::notADigitIsOneByteAll()
 {
     insert(healthy);
 
@@ -368,5 +382,5 @@ void TestPkcs11PinChange::notADigitIsOneByteAll()
     QCOMPARE(card->calls().last(), QString("C_Login 1 user=1 pin=4"));
 }
 
-VELMOR_TEST(TestPkcs11PinChange)
-#include "tst_pkcs11_pin_change.moc"
+VELMOR_TEST(TestPkcs11SessionPinChange)
+#include "tst_pkcs11_session_pin_change.moc"

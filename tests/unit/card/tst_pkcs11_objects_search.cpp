@@ -8,7 +8,7 @@ constexpr CK_OBJECT_CLASS certificate = CKO_CERTIFICATE;
 
 } // namespace
 
-class TestPkcs11Search : public QObject, private Pkcs11World {
+class TestPkcs11ObjectsSearch : public QObject, private Pkcs11World {
     Q_OBJECT
 
 private slots:
@@ -25,6 +25,7 @@ private slots:
     void countEndsTheSearchAfterAFailure();
     void countWithoutTokenIsZeroAndSilent();
     void countWithoutSession();
+    void countWithoutLibrary();
     void unreadableClassIsData();
     void countSurvivesAFailedFinal();
     void countLogsItsLine();
@@ -46,13 +47,13 @@ private:
     QList<pkcsDataObj> read(int type, const QStringList &names = {});
 };
 
-QList<pkcsDataObj> TestPkcs11Search::read(int type, const QStringList &names)
+QList<pkcsDataObj> TestPkcs11ObjectsSearch::read(int type, const QStringList &names)
 {
     listAndSelect();
     return pkcs11->tokenObjects(reader, "eMRTD", type, names);
 }
 
-void TestPkcs11Search::countOpensASessionAndEndsItsSearch()
+void TestPkcs11ObjectsSearch::countOpensASessionAndEndsItsSearch()
 {
     listAndSelect();
     objects("Presence") = { { certificate, "c", "x" } };
@@ -64,7 +65,7 @@ void TestPkcs11Search::countOpensASessionAndEndsItsSearch()
                             "C_GetAttributeValue 1 1 CLASS given", "C_FindObjects 1 max=1", "C_FindObjectsFinal 1" }));
 }
 
-void TestPkcs11Search::countKeepsTheSession()
+void TestPkcs11ObjectsSearch::countKeepsTheSession()
 {
     listAndSelect();
     pkcs11->certsCount(reader, "Presence");
@@ -75,7 +76,7 @@ void TestPkcs11Search::countKeepsTheSession()
     QCOMPARE(card->functions(), (QStringList { "C_FindObjectsInit", "C_FindObjects", "C_FindObjectsFinal" }));
 }
 
-void TestPkcs11Search::onlyCertificatesAreCounted()
+void TestPkcs11ObjectsSearch::onlyCertificatesAreCounted()
 {
     listAndSelect();
     objects("Presence") = {
@@ -86,7 +87,7 @@ void TestPkcs11Search::onlyCertificatesAreCounted()
     QCOMPARE(pkcs11->certsCount(reader, "Presence"), 2);
 }
 
-void TestPkcs11Search::countEndsTheSearchAfterAFailure()
+void TestPkcs11ObjectsSearch::countEndsTheSearchAfterAFailure()
 {
     listAndSelect();
     objects("Presence") = { { certificate, "a", "x" }, { certificate, "b", "x" } };
@@ -98,7 +99,7 @@ void TestPkcs11Search::countEndsTheSearchAfterAFailure()
 }
 
 // A library that finds one more each time it is asked.
-void TestPkcs11Search::endlessAnswersEndTheCount()
+void TestPkcs11ObjectsSearch::endlessAnswersEndTheCount()
 {
     listAndSelect();
     objects("Presence") = std::vector<ScriptedObject>(4100, { certificate, "a", "x" });
@@ -110,7 +111,7 @@ void TestPkcs11Search::endlessAnswersEndTheCount()
     QVERIFY(log->has("more objects than a card can have, search ended"));
 }
 
-void TestPkcs11Search::endlessAnswersEndTheReading()
+void TestPkcs11ObjectsSearch::endlessAnswersEndTheReading()
 {
     listAndSelect();
     objects("eMRTD") = std::vector<ScriptedObject>(4100, { data, "DG1", "x" });
@@ -122,7 +123,7 @@ void TestPkcs11Search::endlessAnswersEndTheReading()
     QVERIFY(log->has("more objects than a card can have, search ended"));
 }
 
-void TestPkcs11Search::countWithoutTokenIsZeroAndSilent()
+void TestPkcs11ObjectsSearch::countWithoutTokenIsZeroAndSilent()
 {
     listAndSelect();
 
@@ -133,7 +134,7 @@ void TestPkcs11Search::countWithoutTokenIsZeroAndSilent()
     QVERIFY(!log->has("Certs in"));
 }
 
-void TestPkcs11Search::countWithoutSession()
+void TestPkcs11ObjectsSearch::countWithoutSession()
 {
     listAndSelect();
     card->fail("C_OpenSession", CKR_DEVICE_REMOVED);
@@ -144,7 +145,20 @@ void TestPkcs11Search::countWithoutSession()
     QVERIFY(log->has("tokenObjects, openSession return empty tokens list"));
 }
 
-void TestPkcs11Search::unreadableClassIsData()
+void TestPkcs11ObjectsSearch::countWithoutLibrary()
+{
+    listAndSelect();
+    pkcs11->finalize();
+    card->fail("C_Initialize", CKR_GENERAL_ERROR);
+    card->clearCalls();
+
+    QCOMPARE(pkcs11->certsCount(reader, "Presence"), 0);
+
+    QCOMPARE(card->functions(), QStringList { "C_Initialize" });
+    QVERIFY(log->has("tokenObjects, openSession return empty tokens list"));
+}
+
+void TestPkcs11ObjectsSearch::unreadableClassIsData()
 {
     listAndSelect();
     objects("Presence") = { { certificate, "a", "x" }, { certificate, "b", "x" } };
@@ -155,7 +169,7 @@ void TestPkcs11Search::unreadableClassIsData()
     QVERIFY(log->has("Pkcs11 err:  Błąd biblioteki PKCS11!"));
 }
 
-void TestPkcs11Search::countSurvivesAFailedFinal()
+void TestPkcs11ObjectsSearch::countSurvivesAFailedFinal()
 {
     listAndSelect();
     objects("Presence") = { { certificate, "a", "x" } };
@@ -167,7 +181,7 @@ void TestPkcs11Search::countSurvivesAFailedFinal()
     QVERIFY(log->has("Pkcs11 err:  Błąd pobierania obiektów danych!"));
 }
 
-void TestPkcs11Search::countLogsItsLine()
+void TestPkcs11ObjectsSearch::countLogsItsLine()
 {
     listAndSelect();
     objects("Presence") = { { certificate, "a", "x" }, { certificate, "b", "x" } };
@@ -177,7 +191,7 @@ void TestPkcs11Search::countLogsItsLine()
     QVERIFY(log->has("Certs in Presence 2"));
 }
 
-void TestPkcs11Search::deadSessionIsRestoredOnce()
+void TestPkcs11ObjectsSearch::deadSessionIsRestoredOnce()
 {
     listAndSelect();
     pkcs11->certsCount(reader, "Presence");
@@ -198,7 +212,7 @@ void TestPkcs11Search::deadSessionIsRestoredOnce()
     QCOMPARE(card->calls().first(), QString("C_FindObjectsInit 2 null 0"));
 }
 
-void TestPkcs11Search::deadSessionThatStaysDeadGivesUp()
+void TestPkcs11ObjectsSearch::deadSessionThatStaysDeadGivesUp()
 {
     listAndSelect();
     card->fail("C_FindObjectsInit", CKR_SESSION_HANDLE_INVALID);
@@ -210,7 +224,7 @@ void TestPkcs11Search::deadSessionThatStaysDeadGivesUp()
     QVERIFY(log->has("tokenObjects error: C_FindObjectsInit failed, sessId: 2"));
 }
 
-void TestPkcs11Search::failedRestoreStillTriesTheSearch()
+void TestPkcs11ObjectsSearch::failedRestoreStillTriesTheSearch()
 {
     listAndSelect();
     pkcs11->certsCount(reader, "Presence");
@@ -226,7 +240,7 @@ void TestPkcs11Search::failedRestoreStillTriesTheSearch()
                             "C_FindObjectsFinal" }));
 }
 
-void TestPkcs11Search::otherSearchFailureIsNotRetried()
+void TestPkcs11ObjectsSearch::otherSearchFailureIsNotRetried()
 {
     listAndSelect();
     card->fail("C_FindObjectsInit", CKR_OPERATION_ACTIVE);
@@ -239,7 +253,7 @@ void TestPkcs11Search::otherSearchFailureIsNotRetried()
     QVERIFY(!log->has("sessionRestore()"));
 }
 
-void TestPkcs11Search::sessionIsRestoredAfterFinalize()
+void TestPkcs11ObjectsSearch::sessionIsRestoredAfterFinalize()
 {
     // Without a new initialisation the restoring brings it about.
     listAndSelect();
@@ -255,7 +269,7 @@ void TestPkcs11Search::sessionIsRestoredAfterFinalize()
                             "C_FindObjectsFinal" }));
 }
 
-void TestPkcs11Search::failedFindEndsWithoutFinal_data()
+void TestPkcs11ObjectsSearch::failedFindEndsWithoutFinal_data()
 {
     QTest::addColumn<int>("nth");
     QTest::addColumn<QStringList>("expected");
@@ -264,7 +278,7 @@ void TestPkcs11Search::failedFindEndsWithoutFinal_data()
     QTest::newRow("third") << 3 << QStringList { "DG1", "DG2" };
 }
 
-void TestPkcs11Search::failedFindEndsWithoutFinal()
+void TestPkcs11ObjectsSearch::failedFindEndsWithoutFinal()
 {
     QFETCH(int, nth);
     QFETCH(QStringList, expected);
@@ -278,7 +292,7 @@ void TestPkcs11Search::failedFindEndsWithoutFinal()
     QVERIFY(log->has("tokenObjects, no more objects"));
 }
 
-void TestPkcs11Search::searchLeftOpenIsRefusedUntilFinalize()
+void TestPkcs11ObjectsSearch::searchLeftOpenIsRefusedUntilFinalize()
 {
     objects("eMRTD") = { { data, "DG1", "1" } };
     card->fail("C_FindObjects", CKR_DEVICE_ERROR, 1);
@@ -291,7 +305,7 @@ void TestPkcs11Search::searchLeftOpenIsRefusedUntilFinalize()
     QCOMPARE(labels(pkcs11->tokenObjects(reader, "eMRTD", -1, {})), QStringList { "DG1" });
 }
 
-void TestPkcs11Search::failedFinalLeavesTheResult()
+void TestPkcs11ObjectsSearch::failedFinalLeavesTheResult()
 {
     objects("eMRTD") = { { data, "DG1", "1" } };
     card->fail("C_FindObjectsFinal", CKR_DEVICE_ERROR);
@@ -301,5 +315,5 @@ void TestPkcs11Search::failedFinalLeavesTheResult()
     QVERIFY(log->has("Pkcs11 err:  Błąd pobierania obiektów danych!"));
 }
 
-VELMOR_TEST(TestPkcs11Search)
-#include "tst_pkcs11_search.moc"
+VELMOR_TEST(TestPkcs11ObjectsSearch)
+#include "tst_pkcs11_objects_search.moc"

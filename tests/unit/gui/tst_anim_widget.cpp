@@ -117,6 +117,7 @@ private slots:
 
         const int own = QSvgRenderer().framesPerSecond();
         QTest::newRow("ten") << 10 << 10;
+        QTest::newRow("one") << 1 << 1;
         QTest::newRow("none leaves the renderer's own") << 0 << own;
         QTest::newRow("negative leaves the renderer's own") << -5 << own;
     }

@@ -6,6 +6,32 @@
 #include <QPainter>
 #include <QWidget>
 
+#include <vector>
+
+namespace {
+
+struct Look {
+    QColor colour { 186, 187, 188 };
+    qreal blur = 20;
+    QPointF offset { 1, 1 };
+};
+
+// Counts how often a widget is asked to paint itself.
+class Paints : public QObject {
+public:
+    explicit Paints(QWidget *widget) { widget->installEventFilter(this); }
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+};
+
+} // namespace
+
 // The quick shadow of boxes: the same to the eye as the toolkit's own.
 class TestBoxShadow : public QObject {
     Q_OBJECT
@@ -16,7 +42,8 @@ private:
     using MakeShadow = std::function<QGraphicsDropShadowEffect *(QWidget *)>;
 
     // A box of one colour in the middle of a white ground, with a shadow.
-    static QImage picture(const MakeShadow &makeShadow, qreal ratio = 1, QSize size = { 220, 120 }, int radius = 0)
+    static QImage picture(const MakeShadow &makeShadow, qreal ratio = 1, QSize size = { 220, 120 }, int radius = 0,
+                          const Look &look = {})
     {
         QWidget ground;
         fill(ground, Qt::white);
@@ -28,11 +55,28 @@ private:
             fill(box, QColor(236, 237, 238));
         box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
         QGraphicsDropShadowEffect *shadow = makeShadow(&box);
-        shadow->setColor(QColor(186, 187, 188));
-        shadow->setBlurRadius(20);
-        shadow->setOffset(1, 1);
+        shadow->setColor(look.colour);
+        shadow->setBlurRadius(look.blur);
+        shadow->setOffset(look.offset);
         box.setGraphicsEffect(shadow);
         return grab(ground, ratio);
+    }
+
+    // Where two pictures differ by more than so many steps of grey; empty if they do not.
+    static QString difference(const QImage &one, const QImage &other, int most)
+    {
+        int worst = 0;
+        QPoint where;
+        for (int y = 0; y < one.height(); ++y) {
+            for (int x = 0; x < one.width(); ++x) {
+                const int steps = qAbs(qGray(one.pixel(x, y)) - qGray(other.pixel(x, y)));
+                if (steps > worst) {
+                    worst = steps;
+                    where = { x, y };
+                }
+            }
+        }
+        return worst <= most ? QString() : QString("%1 at %2, %3").arg(worst).arg(where.x()).arg(where.y());
     }
 
     struct WhiteBox {
@@ -92,30 +136,50 @@ private slots:
         const QImage toolkit = picture([](QWidget *) { return new QGraphicsDropShadowEffect; }, 1, size, radius);
 
         QCOMPARE(own.size(), toolkit.size());
-        int worst = 0;
-        QPoint where;
-        for (int y = 0; y < own.height(); ++y) {
-            for (int x = 0; x < own.width(); ++x) {
-                const int difference = qAbs(qGray(own.pixel(x, y)) - qGray(toolkit.pixel(x, y)));
-                if (difference > worst) {
-                    worst = difference;
-                    where = { x, y };
-                }
-            }
-        }
         // Five steps of 255 are beyond any eye.
-        QVERIFY2(worst <= 5, qPrintable(QString("%1 at %2, %3").arg(worst).arg(where.x()).arg(where.y())));
+        QCOMPARE(difference(own, toolkit, 5), QString());
+    }
+
+    // Black and hardly blurred, so that a pixel too far to any side is no shade but most of what there is.
+    void liesToThePixelWhereTheToolkitsLies_data()
+    {
+        QTest::addColumn<QPointF>("offset");
+        QTest::newRow("down to the right") << QPointF(2, 2);
+        QTest::newRow("up to the left") << QPointF(-2, -2);
+    }
+    void liesToThePixelWhereTheToolkitsLies()
+    {
+        QFETCH(QPointF, offset);
+        const Look look { Qt::black, 3, offset };
+
+        const QImage own = picture([](QWidget *box) { return new BoxShadow(box); }, 1, { 220, 120 }, 0, look);
+        const QImage toolkit =
+            picture([](QWidget *) { return new QGraphicsDropShadowEffect; }, 1, { 220, 120 }, 0, look);
+
+        QCOMPARE(difference(own, toolkit, 25), QString());
     }
 
     // A ring round a button leaves a line of the ground open.
+    void doesNotShineThroughTheBox_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("ring");
+        // Four corners of the shadow, each 32 pixels, reach 10 pixels out of a box of 44.
+        QTest::newRow("just as high as two corners") << QSize(220, 44) << 2;
+        QTest::newRow("just as wide as two corners") << QSize(44, 120) << 2;
+        QTest::newRow("thin ring") << QSize(220, 44) << 1;
+    }
     void doesNotShineThroughTheBox()
     {
+        QFETCH(QSize, size);
+        QFETCH(int, ring);
         QWidget ground;
         fill(ground, Qt::white);
-        ground.resize(300, 124);
+        ground.resize(size + QSize(2 * margin, 2 * margin));
         QFrame box(&ground);
-        box.setStyleSheet("border: 2px solid black; border-radius: 10px; padding: 2px; background-clip: content;"
-                          "background: red;");
+        box.setStyleSheet(QString("border: %1px solid black; border-radius: 10px; padding: 2px;"
+                                  "background-clip: content; background: red;")
+                              .arg(ring));
         box.setGeometry(ground.rect().adjusted(margin, margin, -margin, -margin));
         auto *shadow = new BoxShadow(&box, 12);
         shadow->setBlurRadius(10);
@@ -124,9 +188,9 @@ private slots:
 
         const QImage image = grab(ground, 1);
 
-        for (int i : { 2, 3 }) {
-            QCOMPARE(image.pixelColor(margin + i, 62), QColor(Qt::white));
-            QCOMPARE(image.pixelColor(150, 124 - margin - 1 - i), QColor(Qt::white));
+        for (int i : { ring, ring + 1 }) {
+            QCOMPARE(image.pixelColor(margin + i, image.height() / 2), QColor(Qt::white));
+            QCOMPARE(image.pixelColor(image.width() / 2, image.height() - margin - 1 - i), QColor(Qt::white));
         }
     }
 
@@ -186,6 +250,82 @@ private slots:
         QCOMPARE(grab(ground, 1), red);
         shadow->setBlurRadius(10);
         QCOMPARE(grab(ground, 1), sharp);
+    }
+
+    void isBlurredOnce_data()
+    {
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("plain screen") << 1.0;
+        QTest::newRow("dense screen") << 2.0;
+    }
+    void isBlurredOnce()
+    {
+        QFETCH(qreal, ratio);
+        WhiteBox scene;
+        grab(scene.ground, ratio);
+        auto *shadow = new BoxShadow(&scene.box);
+        shadow->setBlurRadius(20);
+        scene.box.setGraphicsEffect(shadow);
+        // The toolkit counts its pictures.
+        const auto picturesMade = [&scene, ratio] {
+            const auto count = [] { return QImage(1, 1, QImage::Format_RGB32).cacheKey() >> 32; };
+            const qint64 before = count();
+            grab(scene.ground, ratio);
+            return count() - before;
+        };
+
+        const qint64 first = picturesMade();
+
+        QVERIFY(picturesMade() < first);
+    }
+
+    void isMadeOnCleanGround()
+    {
+        // given: memory in which others have left something red, for each picture that is made
+        std::vector<QImage> left(60, QImage());
+        for (QImage &image : left) {
+            image = QImage(81, 81, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::red);
+        }
+        // The last one stays, so that the memory of the others is not given back to the system.
+        left.erase(left.begin(), left.end() - 1);
+
+        const QImage image = quick();
+
+        // There is hardly any shadow left there.
+        QVERIFY(qGreen(image.pixel(margin - 18, image.height() / 2)) > 240);
+        QVERIFY(qGreen(image.pixel(image.width() / 2, image.height() - margin + 18)) > 240);
+    }
+
+    void onlyWhatIsExposedIsPainted_data()
+    {
+        QTest::addColumn<QRect>("exposed");
+        QTest::addColumn<bool>("nearIsPainted");
+        QTest::addColumn<bool>("farIsPainted");
+        QTest::newRow("a child") << QRect(55, 55, 10, 10) << true << false;
+        QTest::newRow("the shadow alone") << QRect(25, 100, 10, 10) << false << false;
+        QTest::newRow("all") << QRect(0, 0, 300, 200) << true << true;
+    }
+    void onlyWhatIsExposedIsPainted()
+    {
+        QFETCH(QRect, exposed);
+        WhiteBox scene;
+        auto *shadow = new BoxShadow(&scene.box);
+        shadow->setBlurRadius(20);
+        shadow->setOffset(0, 0);
+        scene.box.setGraphicsEffect(shadow);
+        QWidget nearChild(&scene.box);
+        nearChild.setGeometry(10, 10, 40, 40);
+        QWidget farChild(&scene.box);
+        farChild.setGeometry(150, 60, 40, 40);
+        Paints nearPaints(&nearChild);
+        Paints farPaints(&farChild);
+        QImage image(exposed.size(), QImage::Format_RGB32);
+
+        scene.ground.render(&image, QPoint(), exposed);
+
+        QTEST(nearPaints.count > 0, "nearIsPainted");
+        QTEST(farPaints.count > 0, "farIsPainted");
     }
 
     void isAsWideInPointsOnADenseScreen()

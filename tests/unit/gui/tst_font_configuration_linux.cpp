@@ -6,6 +6,8 @@
 
 #include <fontconfig/fontconfig.h>
 
+#include <malloc.h>
+
 // What this process knows of the system's fonts, and when it reads that.
 class TstFontConfigurationLinux : public QObject {
     Q_OBJECT
@@ -116,6 +118,43 @@ private slots:
         QVERIFY(QFile::remove(path));
         QVERIFY(!files().contains(path));
         QVERIFY(!all(FcConfigGetCacheDirs(nullptr)).isEmpty());
+    }
+
+    void whatWasReadBeforeIsLetGo_data()
+    {
+        QTest::addColumn<QByteArray>("words");
+        QTest::addColumn<bool>("empty");
+        QTest::newRow("read") << QByteArray("<cachedir>" + folder.path().toUtf8() + "</cachedir>") << false;
+        QTest::newRow("left to the library") << QByteArray() << false;
+        QTest::newRow("empty") << QByteArray() << true;
+    }
+    void whatWasReadBeforeIsLetGo()
+    {
+#if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
+        QFETCH(QByteArray, words);
+        QFETCH(bool, empty);
+        startFrom(words);
+        const auto read = [empty](int times) {
+            for (int i = 0; i < times; ++i) {
+                if (empty) {
+                    const EmptyFontConfiguration configuration;
+                } else {
+                    readFontConfiguration();
+                }
+                FcConfigSetCurrent(nullptr);
+            }
+            return static_cast<qint64>(mallinfo2().uordblks);
+        };
+        constexpr int times = 200;
+        const qint64 before = read(10);
+
+        const qint64 grown = read(times) - before;
+
+        // The smallest of what is taken is a list of one folder.
+        QVERIFY2(grown < times * 64, qPrintable(QString::number(grown)));
+#else
+        QSKIP("The library of this system does not tell what is in use");
+#endif
     }
 
     void brokenOneIsLeftToTheLibrary()

@@ -36,7 +36,13 @@ class TestGuiBase : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { Shared::loadResources(); }
+    void initTestCase()
+    {
+        Shared::loadResources();
+        // The object is not there yet, and takes the theme as it is made.
+        Settings::instance()->setValue("theme", "dark");
+        QCOMPARE(GuiBase::instance()->theme(), QString("dark"));
+    }
 
     void init() { Settings::instance()->setValue("theme", QVariant()); }
 
@@ -103,6 +109,44 @@ private slots:
         QCOMPARE(base->file("no-such-file.css"), QString());
     }
 
+    void drawingsAreTheThemesOwnWhereItHasThem_data()
+    {
+        QTest::addColumn<QString>("theme");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("own") << "dark"
+                             << "no_photo.svg"
+                             << ":/themes/dark/no_photo.svg";
+        QTest::newRow("none of its own") << "dark"
+                                         << "warning.svg"
+                                         << ":/images/warning.svg";
+        QTest::newRow("none in the light theme") << "light"
+                                                 << "no_photo.svg"
+                                                 << ":/images/no_photo.svg";
+    }
+
+    void drawingsAreTheThemesOwnWhereItHasThem()
+    {
+        QFETCH(QString, theme);
+        QFETCH(QString, file);
+        QFETCH(QString, expected);
+        Settings::instance()->setValue("theme", theme);
+        GuiBase::instance()->load();
+
+        QCOMPARE(GuiBase::instance()->picture(file), expected);
+        QVERIFY(QFile::exists(expected));
+    }
+
+    void coloursAreTheThemes()
+    {
+        Settings::instance()->setValue("theme", "dark");
+        GuiBase::instance()->load();
+
+        QCOMPARE(GuiBase::instance()->colour("link"), QColor("#4DB2F5"));
+        QVERIFY(!GuiBase::instance()->colour("no such role").isValid());
+    }
+
     void oneObjectForTheProcess() { QCOMPARE(GuiBase::instance(), GuiBase::instance()); }
 
     void frameGetsItsMarginsInACentredWindow()
@@ -128,6 +172,17 @@ private slots:
 
         QCOMPARE(window.size(), QSize(540, 420));
         QCOMPARE(frame.geometry(), QRect(20, 0, 500, 400));
+    }
+
+    void aSizeOfOneLineIsTakenAsItIs()
+    {
+        QMainWindow window;
+        window.resize(500, 400);
+        QWidget frame(&window);
+
+        GuiBase::frameSetup(&window, &frame, QSize(300, 1));
+
+        QCOMPARE(frame.geometry(), QRect(20, 0, 300, 1));
     }
 
     void aLaidOutWindowGetsTheMarginsItself()

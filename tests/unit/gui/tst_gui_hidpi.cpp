@@ -25,6 +25,14 @@ private slots:
         QCOMPARE(GuiScaler().scale(), 1.5);
     }
 
+    // But for Windows 7, which no machine of the tests is.
+    void halfAStepOfTheRealScreenGoesUp()
+    {
+        GuiBase::calcScaleFactorEnv(QSize(10, 10));
+
+        QCOMPARE(qgetenv("QT_SCREEN_SCALE_FACTORS"), QByteArray("2"));
+    }
+
     void svgHasTheScreensPixelsRounded()
     {
         const QPixmap pixmap = GuiBase::renderSvg(redSquare(), QSize(31, 17));

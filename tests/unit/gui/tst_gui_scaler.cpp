@@ -64,6 +64,7 @@ private slots:
         QTest::newRow("144") << 144.0 << 1.5;
         QTest::newRow("192") << 192.0 << 2.0;
         QTest::newRow("100, cut to 24 bits") << 100.0 << 1.0416666269302368;
+        QTest::newRow("one") << 1.0 << 0.010416666977107525;
         QTest::newRow("none") << 0.0 << 1.25;
         QTest::newRow("negative") << -96.0 << 1.25;
     }

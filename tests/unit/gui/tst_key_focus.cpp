@@ -1,7 +1,33 @@
 #include "gui/key_focus.h"
 #include "support/testmain.h"
 
+#include <QProxyStyle>
 #include <QVBoxLayout>
+
+namespace {
+
+// Counts how often a widget is styled.
+class CountingStyle : public QProxyStyle {
+public:
+    int styled = 0;
+    using QProxyStyle::polish;
+    void polish(QWidget *) override { ++styled; }
+};
+
+// Counts what comes to a widget itself, behind whoever watches the application.
+class Seen : public QObject {
+public:
+    QList<QEvent::Type> types;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        types << event->type();
+        return false;
+    }
+};
+
+} // namespace
 
 // Rings round plain text are for who moves by Tab.
 class TestKeyFocus : public QObject {
@@ -70,6 +96,59 @@ private slots:
         QTest::mouseClick(button, Qt::LeftButton);
         text->setFocus();
         QVERIFY(!isMarked(text));
+    }
+
+    void onlyTabMovesByTab_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("Tab") << int(Qt::Key_Tab) << true;
+        QTest::newRow("Backtab") << int(Qt::Key_Backtab) << true;
+        QTest::newRow("letter") << int(Qt::Key_A) << false;
+        QTest::newRow("Shift") << int(Qt::Key_Shift) << false;
+    }
+    void onlyTabMovesByTab()
+    {
+        QFETCH(int, key);
+        QTest::keyClick(button, Qt::Key(key));
+
+        field->setFocus();
+        text->setFocus();
+
+        QTEST(isMarked(text), "shown");
+    }
+
+    void textIsStyledOnlyAsItsRingComesAndGoes()
+    {
+        CountingStyle style;
+        text->setStyle(&style);
+        style.styled = 0;
+
+        text->setFocus();
+        field->setFocus();
+        QCOMPARE(style.styled, 0);
+
+        QTest::keyClick(field, Qt::Key_Tab);
+        text->setFocus();
+        QCOMPARE(style.styled, 1);
+        field->setFocus();
+        QCOMPARE(style.styled, 2);
+    }
+
+    void eventsGoOnToTheirWidgets()
+    {
+        Seen seen;
+        for (QWidget *widget : { text, field }) {
+            widget->installEventFilter(&seen);
+            seen.types.clear();
+
+            widget->setFocus();
+            QTest::keyClick(widget, Qt::Key_A);
+            button->setFocus();
+
+            for (auto type : { QEvent::FocusIn, QEvent::KeyPress, QEvent::FocusOut })
+                QVERIFY2(seen.types.contains(type), qPrintable(QString::number(type)));
+        }
     }
 
     void whatIsWorkedIsLeftToItsStyle()

@@ -146,11 +146,13 @@ private slots:
         QFETCH(int, icon);
         QFETCH(QString, file);
         Popup popup;
+        const LogCatcher log;
 
         popup.setIconMessage(icon, "Jeden", QDialogButtonBox::Ok);
         popup.show(300, 100);
 
         QTEST(label(popup, "lText")->property("cssClass").toString(), "cssClass");
+        QVERIFY2(!log.has("Cannot open file"), qPrintable(log.text()));
         QLabel *place = label(popup, "lIcon");
         QCOMPARE(place->isVisible(), !file.isEmpty());
         auto *svg = place->findChild<AnimSvgWidget *>();
@@ -264,6 +266,28 @@ private slots:
         popup.setButtons(QDialogButtonBox::Ok, 0);
         popup.show(300, 100);
         QVERIFY(find<QWidget>(popup, "footer")->isVisible());
+    }
+
+    void theTitleLetsThePressThrough()
+    {
+        Popup popup;
+
+        QCOMPARE(label(popup, "lMainTitle")->textInteractionFlags(), Qt::TextInteractionFlags(Qt::NoTextInteraction));
+    }
+
+    void theMessageShowsItsRingToWhoMovesByTab()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(300, 100);
+        QVERIFY(QTest::qWaitForWindowActive(&popup));
+        find<QPushButton>(popup, "bClose")->setFocus();
+
+        QTest::keyClick(find<QPushButton>(popup, "bClose"), Qt::Key_Tab);
+        label(popup, "lText")->setFocus();
+
+        QVERIFY(label(popup, "lText")->hasFocus());
+        QVERIFY(label(popup, "lText")->property("KeyFocus").toBool());
     }
 
     void theCrossShowsThatItCanBePressed()

@@ -90,11 +90,12 @@ private slots:
         QFETCH(int, buttons);
         Popup popup;
         popup.setIconMessage(icon, text, QDialogButtonBox::StandardButtons(buttons));
-        QWidget *box = part(popup, "buttonBox");
-        box->adjustSize();
 
         const QSize size = popup.contentSize();
 
+        QWidget *box = part(popup, "buttonBox");
+        for (QWidget *one : { part(popup, "lText"), part(popup, "lInformativeText"), box })
+            one->adjustSize();
         int width = part(popup, "lText")->width();
         int height = part(popup, "lText")->height();
         if (icon != 0) {

@@ -1,9 +1,11 @@
 #include "base/settings.h"
+#include "gui/gui_base.h"
 #include "gui/popup.h"
 #include "shared.h"
 #include "support/testmain.h"
 #include "tst_popup_parts.h"
 
+#include <QLayout>
 #include <QScreen>
 
 using namespace PopupParts;
@@ -98,6 +100,106 @@ private slots:
         QVERIFY2(frame.width() > content.width() + 30, qPrintable(QString::number(frame.width())));
         QCOMPARE(frame.height(), content.height() + 60 + 30);
         QVERIFY(buttonsAreWhole);
+        QCOMPARE(frame.width(), widthForButtons);
+    }
+
+    void aLongTitleMakesAShortDialogWider()
+    {
+        int given = 0;
+        int needed = 0;
+        whenShown([&](Popup &shown) {
+            QCoreApplication::processEvents();
+            given = label(shown, "lMainTitle")->width();
+            needed = label(shown, "lMainTitle")->sizeHint().width();
+            shown.done(0);
+        });
+
+        Popup::information(nullptr, QString("Zamykanie aplikacji ").repeated(2), "Jeden", QDialogButtonBox::Ok);
+
+        QVERIFY2(given >= needed, qPrintable(QString("%1 < %2").arg(given).arg(needed)));
+    }
+
+    // A message of one line on a dense screen.
+    void contentIsAsHighAsItsIcon()
+    {
+        Popup popup;
+        popup.setIconMessage(Popup::Warning, "Jeden", QDialogButtonBox::NoButton);
+        popup.show(300, 100);
+        popup.guiScale(192);
+        popup.setIconMessage(Popup::Warning, "Jeden", QDialogButtonBox::NoButton);
+        QVERIFY(label(popup, "lText")->height() < 80);
+
+        QCOMPARE(popup.contentSize().height(), 80);
+    }
+
+    void aSmallerSizeIsTakenToo()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(400, 150);
+        const LogCatcher log;
+
+        popup.show(320, 120);
+
+        QVERIFY2(!log.has("Resize window failed"), qPrintable(log.text()));
+        QCOMPARE(popup.size(), QSize(320 + 30 + 40, 120 + 60 + 30 + 40));
+    }
+
+    // At 96 dots per inch.
+    void aCallersOwnSizeStands()
+    {
+        Popup popup;
+        popup.setMessage("Information", QString("Jeden<br>").repeated(20), QDialogButtonBox::Ok);
+
+        popup.show(200, 20);
+
+        QCOMPARE(find<QWidget>(popup, "mainFrame")->size(), QSize(200 + 30, 20 + 60 + 30));
+    }
+
+    void aCustomWidgetHasTheRoomThatItNeeds()
+    {
+        Popup popup;
+        auto *custom = new QWidget;
+        custom->setFixedSize(300, 80);
+        popup.setCustomWidget(custom);
+        popup.show(200, 10);
+
+        popup.guiScale(192);
+
+        const auto *frame = find<QWidget>(popup, "mainFrame");
+        QCOMPARE(custom->minimumSize(), QSize(600, 160));
+        // Margins of 30 on both sides, and nothing besides.
+        QCOMPARE(frame->contentsRect().width(), 600 + 2 * 30);
+        QCOMPARE(frame->contentsRect().height(), frame->layout()->minimumSize().height());
+    }
+
+    void shownAgainItComesToTheFront()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(300, 100);
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+
+        popup.show(300, 100);
+
+        QVERIFY(QTest::qWaitForWindowActive(&popup));
+    }
+
+    // The corners of the themes' frames have this radius.
+    void shadowHasTheFramesCorners()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(300, 100);
+        QCoreApplication::processEvents();
+        const QImage own = popup.grab().toImage();
+
+        GuiBase::shadowSet(find<QWidget>(popup, "mainFrame"), 20, 12);
+
+        QCOMPARE(popup.grab().toImage(), own);
     }
 
     void changedClassIsSeenAtOnce()
@@ -138,6 +240,7 @@ private slots:
 
 private:
     bool buttonsAreWhole = false;
+    int widthForButtons = 0; // of the frame, with the margins of the footer
 
     static QSize contentOf(const QString &text, QDialogButtonBox::StandardButtons buttons)
     {
@@ -154,6 +257,9 @@ private:
             buttonsAreWhole = true;
             for (QPushButton *button : find<QDialogButtonBox>(shown, "buttonBox")->findChildren<QPushButton *>())
                 buttonsAreWhole = buttonsAreWhole && button->width() >= button->sizeHint().width();
+            const auto *frame = find<QWidget>(shown, "mainFrame");
+            const int border = frame->width() - frame->contentsRect().width();
+            widthForButtons = find<QDialogButtonBox>(shown, "buttonBox")->sizeHint().width() + 2 * 30 + border;
             shown.done(0);
         });
         Popup::information(nullptr, "", text, buttons);

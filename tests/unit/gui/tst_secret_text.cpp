@@ -73,6 +73,12 @@ private slots:
         tellSecretsAsBullets();
         tellSecretsAsBullets();
         handler = QAccessible::installUpdateHandler(nullptr);
+
+        // Before any field was emptied.
+        QLineEdit first;
+        first.setEchoMode(QLineEdit::Password);
+        tell(QAccessibleTextInsertEvent(&first, 0, "48"));
+        QCOMPARE(heard, QStringList { "+0 " + bullets(2) });
     }
     void init()
     {
@@ -132,6 +138,8 @@ private slots:
         tell(QAccessibleTextInsertEvent(&label, 0, "12"));
         tell(QAccessibleEvent(line.get(), QAccessible::NameChanged));
         QCOMPARE(heard, (QStringList { "+0 12", "name" }));
+        // Nobody was put in the place of the handler that the test has taken away.
+        QVERIFY(!QAccessible::installUpdateHandler(nullptr));
     }
 
     void forgottenTextStandsNowhere()
@@ -228,6 +236,58 @@ private slots:
         QFocusEvent focus(QEvent::FocusIn);
         QCoreApplication::sendEvent(&fresh, &focus);
         QCOMPARE(fresh.text(), QString("12"));
+    }
+
+    void roomIsMadeOnce()
+    {
+        QLineEdit fresh;
+        fresh.setEchoMode(QLineEdit::Password);
+        const auto children = fresh.children().size();
+        prepareSecret(&fresh);
+        QTest::keyClick(&fresh, Qt::Key_1);
+        QTest::keyClick(&fresh, Qt::Key_Backspace);
+
+        QTest::keyClick(&fresh, Qt::Key_Shift);
+
+        // The edits are still known, and nothing watches the field any more.
+        QVERIFY(fresh.isModified());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(fresh.children().size(), children);
+    }
+
+    void otherEventsGoOnToTheField()
+    {
+        struct Seen : QObject {
+            int count = 0;
+            bool eventFilter(QObject *, QEvent *event) override
+            {
+                count += event->type() == QEvent::User;
+                return false;
+            }
+        } seen;
+        QLineEdit fresh;
+        fresh.installEventFilter(&seen); // asked behind the one that is put on later
+        prepareSecret(&fresh);
+        QEvent event(QEvent::User);
+
+        QCoreApplication::sendEvent(&fresh, &event);
+
+        QCOMPARE(seen.count, 1);
+    }
+
+    void textThatWasNotTypedIsForgottenToo()
+    {
+        QLineEdit fresh;
+        fresh.setText("1");
+        forgetSecret(&fresh);
+        QCOMPARE(fresh.text(), QString());
+    }
+
+    void emptyFieldIsLeftAsItIs()
+    {
+        QLineEdit fresh;
+        forgetSecret(&fresh);
+        QVERIFY(fresh.text().capacity() < 32);
     }
 
     void fieldTakesTheNextEntryAsBefore()

@@ -137,6 +137,28 @@ private slots:
 
     void escapedTextKeepsItsLines() { QCOMPARE(SysInfoGui::escaped("a<b>\nc&d"), QString("a&lt;b&gt;<br>c&amp;d")); }
 
+    void activatedLogAsksForAStartAndCanBeOpened_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("plain") << "/logi"
+                               << "/logi";
+        QTest::newRow("markup in its name") << "/a&<b>"
+                                            << "/a&amp;&lt;b&gt;";
+    }
+    void activatedLogAsksForAStartAndCanBeOpened()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, shown);
+        const QString before = rich("Katalog z logami: " + folder + "\nZbieranie logów: nieaktywne\nx", folder);
+
+        QCOMPARE(SysInfoGui::withLogsActive(before, folder),
+                 "Katalog z logami: " + shown
+                     + " <a href='open_folder'>[Otwórz]</a><br>"
+                       "Zbieranie logów: aktywne <a style='color:red;'>(Uruchom ponownie aplikację)</a>"
+                       "&nbsp;&nbsp;<a href='create_folder'></a><br>x");
+    }
+
     void textsGoThroughTheTranslation()
     {
         struct Translator : QTranslator {

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fontconfig/fontconfig.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -50,6 +51,14 @@ bool QSslSocket::supportsSsl()
     if (std::getenv("VELMOR_WITNESS_WITHOUT_TLS"))
         return false;
     return reinterpret_cast<bool (*)()>(dlsym(RTLD_NEXT, "_ZN10QSslSocket11supportsSslEv"))();
+}
+
+// Inside of itself the library does not come by here.
+extern "C" Q_DECL_EXPORT FcBool FcConfigParseAndLoad(FcConfig *config, const FcChar8 *file, FcBool complain)
+{
+    tell("font configuration");
+    using Real = FcBool (*)(FcConfig *, const FcChar8 *, FcBool);
+    return reinterpret_cast<Real>(dlsym(RTLD_NEXT, "FcConfigParseAndLoad"))(config, file, complain);
 }
 
 extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *),

@@ -38,10 +38,16 @@ public:
     {
         return QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(process(index)).arg(number));
     }
+    // The variables that it was started with, each with its value.
+    QByteArrayList environment(int index) const
+    {
+        QFile file(QString("/proc/%1/environ").arg(process(index)));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return file.readAll().split('\0');
+    }
     void close(int index) const { kill(process(index), SIGTERM); }
-
-private:
-    pid_t process(int index) const { return lines().value(index).section(' ', 0, 0).toInt(); }
+    // Those that this process has not learnt of that they have ended.
     int running() const
     {
         int count = 0;
@@ -49,6 +55,9 @@ private:
             count += kill(process(i), 0) == 0;
         return count;
     }
+
+private:
+    pid_t process(int index) const { return lines().value(index).section(' ', 0, 0).toInt(); }
     QString log() const { return folder.filePath("calls"); }
     QStringList lines() const
     {

@@ -188,6 +188,18 @@ private slots:
             QVERIFY(!check(family)->isChecked());
     }
 
+    void profilesOfAnotherApplicationDoNotCount()
+    {
+        const ProfileFolder browser = profile("a.default", "128.0");
+        browser.put("user.js", on);
+        const ProfileFolder mail(Os().profilesRoot("Thunderbird") + "m.default", "115.0");
+        createChecks();
+        QCOMPARE(integrator->findProfiles("Thunderbird"), 2);
+
+        QVERIFY(integrator->isIntegrated("Firefox"));
+        QVERIFY(!integrator->isIntegrated("Thunderbird"));
+    }
+
     void oneOfTwoProfilesLeavesTheBoxEmptyAndTheButtonConnectsTheRest()
     {
         const ProfileFolder first = profile("a.default", "128.0");

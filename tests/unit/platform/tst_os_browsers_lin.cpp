@@ -3,7 +3,11 @@
 #include "support/profile_folder.h"
 #include "support/testmain.h"
 
+#include <QScopeGuard>
+
 #include <memory>
+#include <sched.h>
+#include <sys/mount.h>
 
 // Where browsers and their profiles are found.
 class TestOsBrowsersLin : public QObject {
@@ -49,6 +53,8 @@ private slots:
                                                << "flatpak-system/exports/bin/org.mozilla.firefox";
         QTest::newRow("Thunderbird") << "Thunderbird"
                                      << "bin/thunderbird";
+        QTest::newRow("Thunderbird, flatpak") << "Thunderbird"
+                                              << "flatpak-user/exports/bin/org.mozilla.Thunderbird";
         QTest::newRow("a name without a row") << "Manager"
                                               << "bin/manager";
     }
@@ -81,6 +87,21 @@ private slots:
         QVERIFY(QFile::copy(programs->install("other"), path));
         QCOMPARE(os.which("Firefox"), path);
         QFile::remove(path);
+    }
+
+    // The folder is the system's, so it is looked for on a disk that this process alone sees there.
+    void folderOfTheSystemsFlatpaksIsTheUsualOneUnlessMoved()
+    {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+            || mount("tmpfs", "/var/lib", "tmpfs", 0, nullptr) != 0)
+            QSKIP("Only the super-user can make a disk");
+        const auto back = qScopeGuard([] { umount("/var/lib"); });
+        qunsetenv("FLATPAK_SYSTEM_DIR");
+        const QString folder = "/var/lib/flatpak/exports/bin";
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(QFile::copy(programs->install("other"), folder + "/org.mozilla.firefox"));
+
+        QCOMPARE(os.which("Firefox"), folder + "/org.mozilla.firefox");
     }
 
     void fileThatCannotBeRunIsNoProgram()

@@ -1,8 +1,13 @@
 #include "platform/os.h"
 
+#include "base/own_environment.h"
 #include "platform/temporary_certificate.h"
+#include "support/ordinary_user.h"
 #include "support/viewers.h"
 
+#include <QScopeGuard>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -86,6 +91,22 @@ private slots:
             QCOMPARE(viewers->stream(0, number), QString("/dev/null"));
     }
 
+    // It would be drawn at the size that this program has chosen for itself.
+    void viewerGetsNoneOfTheProgramsOwnVariables()
+    {
+        viewers->install("gcr-viewer");
+        OwnEnvironment::set("QT_SCREEN_SCALE_FACTORS", "2");
+
+        const bool opened = os.certOpen("DER");
+
+        OwnEnvironment::restore("QT_SCREEN_SCALE_FACTORS");
+        QVERIFY(opened);
+        QTRY_COMPARE(viewers->started(), 1);
+        QByteArrayList variables;
+        QTRY_VERIFY((variables = viewers->environment(0)).contains("PATH=" + qgetenv("PATH")));
+        QVERIFY(!variables.contains("QT_SCREEN_SCALE_FACTORS=2"));
+    }
+
     void fileIsForItsUserAlone()
     {
         viewers->install("gcr-viewer");
@@ -118,6 +139,66 @@ private slots:
         QTRY_COMPARE(viewers->started(), 2);
         QVERIFY(other.open(QIODevice::ReadOnly));
         QCOMPARE(other.readAll(), QByteArray("of someone else"));
+    }
+
+    // In a folder where nobody else removes it; whoever laid it there could read what is written into it.
+    void fileThatCannotBeRemovedIsNotWritten()
+    {
+        QVERIFY(OrdinaryUser::letIn());
+        const QString folder = TestHome::path() + "/of-someone-else";
+        QVERIFY(QDir().mkpath(folder));
+        QFile file(folder + "/cert.cer");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("of someone else");
+        file.close();
+        QVERIFY(file.setPermissions(QFile::Permissions(0x6666)));
+        const QByteArray folderBefore = qgetenv("TMPDIR");
+        qputenv("TMPDIR", QFile::encodeName(folder));
+        const auto back = qScopeGuard([&] {
+            qputenv("TMPDIR", folderBefore);
+            chmod(QFile::encodeName(folder).constData(), 0755);
+        });
+        QCOMPARE(chmod(QFile::encodeName(folder).constData(), 0555), 0);
+
+        {
+            const OrdinaryUser user;
+            if (geteuid() == 0)
+                QSKIP("Whoever runs this may write everything");
+            QVERIFY(!os.certOpen("DER"));
+        }
+
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("of someone else"));
+    }
+
+    // Then the file is the first that the process has open.
+    void certificateIsWrittenThoughStandardInputIsClosed()
+    {
+        const int input = dup(STDIN_FILENO);
+        close(STDIN_FILENO);
+
+        os.certOpen("DER");
+
+        if (input >= 0) {
+            dup2(input, STDIN_FILENO);
+            close(input);
+        }
+        QCOMPARE(content(), QByteArray("DER"));
+    }
+
+    void fileIsClosedOnceItIsWritten()
+    {
+        const auto firstFree = [] {
+            const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+            close(descriptor);
+            return descriptor;
+        };
+        const int expected = firstFree();
+
+        os.certOpen("DER");
+
+        QCOMPARE(content(), QByteArray("DER"));
+        QCOMPARE(firstFree(), expected);
     }
 
     void placeThatCannotBeWrittenStartsNoViewer()
@@ -189,17 +270,26 @@ private slots:
 
         QVERIFY(os.certOpen("DER"));
         QTRY_COMPARE(viewers->started(), 1);
+        QTRY_COMPARE(viewers->running(), 0);
 
         constexpr int longerThanSettling = 700;
         QTest::qWait(longerThanSettling);
         QCOMPARE(windows(), 0);
     }
 
+    void viewerThatIsClosedAtOnceIsGone_data()
+    {
+        QTest::addColumn<QString>("program");
+        for (const char *program : { "gcr-viewer", "gcr-viewer-gtk4" })
+            QTest::newRow(program) << program;
+    }
     void viewerThatIsClosedAtOnceIsGone()
     {
-        viewers->installEnding("gcr-viewer", 0);
+        QFETCH(QString, program);
+        viewers->installEnding(program, 0);
         os.certOpen("DER");
         QTRY_COMPARE(viewers->started(), 1);
+        QTRY_COMPARE(viewers->running(), 0);
 
         constexpr int longerThanSettling = 700;
         QTest::qWait(longerThanSettling);

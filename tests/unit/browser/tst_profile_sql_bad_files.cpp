@@ -51,7 +51,7 @@ private:
 
 // Files that are not what they should be, and disks that do not take what is written: the user is told or nothing
 // happens, and what was there is not lost.
-class TestProfileBadFiles : public QObject {
+class TestProfileSqlBadFiles : public QObject {
     Q_OBJECT
 
 private:
@@ -421,5 +421,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestProfileBadFiles)
-#include "tst_profile_bad_files.moc"
+VELMOR_TEST(TestProfileSqlBadFiles)
+#include "tst_profile_sql_bad_files.moc"

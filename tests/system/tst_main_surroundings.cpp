@@ -7,7 +7,7 @@
 
 // What the program takes from around it: the toolkit's translations, arguments and environment, fonts; and what it
 // tells on standard output.
-class TestProgramSurroundings : public QObject, private ProgramRuns {
+class TestMainSurroundings : public QObject, private ProgramRuns {
     Q_OBJECT
 
 private:
@@ -80,6 +80,17 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(logHas("shm lock created"), 10000);
         QVERIFY(!logHas("load ttf:"));
     }
+
+    // Else its segments and a certificate would lie where everybody writes, and its siblings look in this one.
+    void withoutATemporaryFolderItMakesOneOfTheUsersOwn()
+    {
+        const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR") + "/velmor";
+        QVERIFY(!QFile::exists(folder));
+
+        QCOMPARE(runToEnd({ "-v" }, { { "TMPDIR", QString() } }).code, 0);
+
+        QVERIFY(QFileInfo(folder).isDir());
+    }
 #endif
 
     void everyFontIsLoadedAndGivesTheFamilyOfTheThemes()
@@ -133,5 +144,5 @@ private:
     }
 };
 
-VELMOR_TEST(TestProgramSurroundings)
-#include "tst_program_surroundings.moc"
+VELMOR_TEST(TestMainSurroundings)
+#include "tst_main_surroundings.moc"

@@ -6,7 +6,7 @@
 #include "simworld/sim_world.h"
 
 // The program as a process: options, exit codes, log file, one instance at a time, death and a new start.
-class TestProgram : public QObject, private ProgramRuns {
+class TestMain : public QObject, private ProgramRuns {
     Q_OBJECT
 
 private:
@@ -275,5 +275,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestProgram)
-#include "tst_program.moc"
+VELMOR_TEST(TestMain)
+#include "tst_main.moc"

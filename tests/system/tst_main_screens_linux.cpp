@@ -3,7 +3,7 @@
 #include <QStandardPaths>
 
 // The factor that the program chooses, on a display of twice the density: the window has to find room in it.
-class TestProgramScreens : public QObject, private ProgramRuns {
+class TestMainScreens : public QObject, private ProgramRuns {
     Q_OBJECT
 
 private:
@@ -94,5 +94,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestProgramScreens)
-#include "tst_program_screens_linux.moc"
+VELMOR_TEST(TestMainScreens)
+#include "tst_main_screens_linux.moc"

@@ -6,7 +6,7 @@
 
 // One profile: what it knows about its browser, by which of the two mechanisms it is connected, and what its files hold
 // then.
-class TestProfile : public QObject {
+class TestProfileSql : public QObject {
     Q_OBJECT
 
 private:
@@ -316,5 +316,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestProfile)
-#include "tst_profile.moc"
+VELMOR_TEST(TestProfileSql)
+#include "tst_profile_sql.moc"

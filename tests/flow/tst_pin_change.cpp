@@ -44,10 +44,15 @@ private slots:
         QFETCH(QByteArray, name);
         QFETCH(QString, hint);
         QVERIFY(flow->start("anna"));
+        flow->widget("lTryNumDesc")->hide();
+        QMap<QString, int> rules;
+        for (const QString &label : hints())
+            rules[label] = this->hint(label)->styleSheet().count(" color:");
 
         flow->openPinPage(name);
 
         QCOMPARE(flow->page(), QString("pageChangePin"));
+        QVERIFY(flow->widget("lTryNumDesc")->isVisible());
         QCOMPARE(flow->find<QStackedWidget>("pagerPinPadOrApp")->currentWidget(), flow->widget("pageApp"));
         QCOMPARE(flow->find<QStackedWidget>("pagerPinOrPinPadPuk")->currentWidget(), flow->widget("pageAppUnblock"));
         QCOMPARE(flow->title(), QString("Zmiana PIN-u"));
@@ -58,6 +63,8 @@ private slots:
             QCOMPARE(this->hint(label)->text(), hint);
             QVERIFY(this->hint(label)->isVisible());
             QVERIFY(PinFlow::hintIs(this->hint(label), blueHint));
+            // Told by the check of the empty field and by the page; the style sheet grows each time.
+            QCOMPARE(this->hint(label)->styleSheet().count(" color:"), rules[label] + 2);
         }
         QVERIFY(!canChange());
         QVERIFY(!flow->readersBox()->isEnabled());
@@ -214,6 +221,60 @@ private slots:
             QCOMPARE(field(line)->text(), QString());
     }
 
+    // What was cancelled at the card leaves its entry in the hidden fields.
+    void visitAfterACancelledChangeStartsAnew()
+    {
+        QVERIFY(flow->start("anna"));
+        flow->openPinPage(sim::Authentication);
+        flow->typeChange("1234", "4826", "4826");
+        flow->window->changePinFin(CardResult::cancelled);
+        flow->click("bWrocPin");
+        QVERIFY(canChange());
+
+        flow->openPinPage(sim::Authentication);
+
+        for (const QString &line : fields())
+            QCOMPARE(field(line)->text(), QString());
+        QVERIFY(!canChange());
+    }
+
+    void successLeavesThePageAsNewAndTheOtherEmpty()
+    {
+        QVERIFY(flow->start("anna"));
+        flow->openPinPage(sim::Authentication);
+        flow->typeChange("1234", "4826", "4826");
+        for (const QString &line : fields())
+            field(line)->setStyleSheet("color: red;");
+        for (const QString &label : hints())
+            hint(label)->show();
+        for (const char *line : { "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
+            flow->field(line)->setText("4826");
+        flow->readersBox()->setEnabled(true);
+
+        flow->window->changePinFin(CardResult::done);
+
+        QVERIFY(!flow->readersBox()->isEnabled());
+        for (const QString &line : fields()) {
+            QCOMPARE(field(line)->text(), QString());
+            QVERIFY(field(line)->styleSheet().contains("rgba(212, 214, 215, 70%)"));
+        }
+        for (const QString &label : hints())
+            QVERIFY(hint(label)->isHidden());
+        for (const char *line : { "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
+            QCOMPARE(flow->field(line)->text(), QString());
+    }
+
+    void wrongPinMarksItsFieldWhereverTheUserIs()
+    {
+        QVERIFY(flow->start("anna"));
+        flow->openPinPage(sim::Authentication);
+        flow->window->moveToSettingsPage(false);
+
+        flow->window->changePinFin(CardResult::wrongPin);
+
+        QVERIFY(field("lineActualPin")->styleSheet().contains("color: rgb(234,4,73);"));
+    }
+
     void cancelGoesHomeAndForgetsTheEntry()
     {
         QVERIFY(flow->start("anna"));
@@ -247,6 +308,9 @@ private slots:
         QCOMPARE(flow->label("loadingDesc")->accessibleName(), QString("Zmiana PIN-u \n Proszę czekać"));
         QCOMPARE(QApplication::focusWidget(), flow->widget("loadingDesc"));
         QCOMPARE(field("lineRepeatPin")->text(), QString());
+        // Not even looked at.
+        flow->window->changePin();
+        QVERIFY(!log.has("Wrong validation"));
         flow->world.release();
         QVERIFY(flow->waitForPage("pageCorrectChange"));
     }
@@ -266,11 +330,13 @@ private slots:
         QVERIFY(flow->start("anna"));
         for (const int tries : { 0, 4 }) {
             flow->window->refreshCertsStatus("Odblokuj PIN", "Zmień PIN", "Zmień PIN", tries, 3, pukTries, 3);
+            flow->readersBox()->setEnabled(true);
             LogCatcher log;
 
             flow->openPinPage(sim::Authentication);
 
             QTEST(flow->page(), "page");
+            QVERIFY(!flow->readersBox()->isEnabled());
             // On the straight way to the blocked page nothing is said of it.
             QCOMPARE(log.lines().contains(" No more tries left :  Authentication  [ moveToPinPage() ]"), pukTries != 0);
             QCOMPARE(log.has("No more tries left"), pukTries != 0);

@@ -147,9 +147,11 @@ private slots:
 
         // The tries come back between the look at them and the page.
         flow->window->refreshCertsStatus("Zmień PIN", "Zmień PIN", "Zmień PIN", 2, 3, 3, 3);
+        flow->readersBox()->setEnabled(true);
         flow->window->moveToUnblockPinPage();
 
         QCOMPARE(flow->page(), QString("pageHome"));
+        QVERIFY(!flow->readersBox()->isEnabled());
         QCOMPARE(flow->label("lNewPin_2")->text(), QString("Nowy PIN"));
     }
 
@@ -332,6 +334,26 @@ private slots:
             QCOMPARE(field(line)->text(), QString());
     }
 
+    void successLeavesThePageAsNewAndTheOtherEmpty()
+    {
+        QVERIFY(flow->start("locked-pins"));
+        flow->openPinPage(sim::Authentication);
+        flow->typeUnblock(PinFlow::puk, "4826", "4826");
+        for (const QString &line : fields())
+            field(line)->setStyleSheet("color: red;");
+        for (const char *line : { "lineActualPin", "lineNewPin", "lineRepeatPin" })
+            flow->field(line)->setText("4826");
+
+        flow->window->unblockPinFin(CardResult::done);
+
+        for (const QString &line : fields()) {
+            QCOMPARE(field(line)->text(), QString());
+            QVERIFY(field(line)->styleSheet().contains("rgba(212, 214, 215, 70%)"));
+        }
+        for (const char *line : { "lineActualPin", "lineNewPin", "lineRepeatPin" })
+            QCOMPARE(flow->field(line)->text(), QString());
+    }
+
     void loaderSpeaksOfTheOperation_data()
     {
         QTest::addColumn<QString>("card");
@@ -356,6 +378,9 @@ private slots:
         QVERIFY(flow->loaderShown());
         QCOMPARE(flow->label("loadingDesc")->text(), text);
         QCOMPARE(field("lineRepeatPinPuk")->text(), QString());
+        // Not even looked at.
+        flow->window->unblockPin();
+        QVERIFY(!log.has("Wrong validation"));
         QVERIFY(flow->waitForPage("pageCorrectChange"));
     }
 };

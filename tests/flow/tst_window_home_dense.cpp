@@ -1,6 +1,7 @@
 #include "support/flow.h"
 
-// The photo on a screen of twice the density: as large as its place, in the screen's own pixels.
+// Photo and drawings on a screen of twice the density, whose letters are larger still: as large as their places, in the
+// screen's own pixels.
 class TestWindowHomeDense : public QObject {
     Q_OBJECT
 
@@ -33,11 +34,37 @@ private slots:
         QVERIFY(size.width() >= label->width() && size.height() >= label->height());
         QVERIFY(size.width() == label->width() || size.height() == label->height());
     }
+
+    // As they stand in the form; the size of the letters is no matter of theirs.
+    void drawingsAreSharpAndKeepTheirSize_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("footer") << QByteArray("lfooter") << "footer";
+        QTest::newRow("sign") << QByteArray("lostrel") << "ostrel";
+        QTest::newRow("no connection") << QByteArray("lno_connection") << "no_connection";
+        QTest::newRow("keypad, change") << QByteArray("lpinpad") << "pinpad";
+        QTest::newRow("keypad, unblock") << QByteArray("lPinPadImg_2") << "pinpad";
+        QTest::newRow("change of the card") << QByteArray("lchange_card") << "change_card";
+    }
+    void drawingsAreSharpAndKeepTheirSize()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QString, file);
+        Flow flow;
+        flow.openWindow();
+
+        const QPixmap picture = flow.label(name.constData())->pixmap(Qt::ReturnByValue);
+
+        QCOMPARE(picture.devicePixelRatio(), 2.0);
+        QCOMPARE(picture.size() / 2, QPixmap(":/images/" + file + ".svg").size());
+    }
 };
 
 int main(int argc, char *argv[])
 {
     qputenv("QT_SCALE_FACTOR", "2");
+    qputenv("QT_FONT_DPI", "144");
     TestHome home;
     QApplication application(argc, argv);
     TestWindowHomeDense test;

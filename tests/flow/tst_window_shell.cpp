@@ -5,10 +5,8 @@
 #include "gui/popup.h"
 
 #include <QDialogButtonBox>
-#include <QLineEdit>
-#include <QTextBrowser>
 
-// The window itself: construction, titles, loader, minimising, quitting, and the dialogs it opens.
+// The window itself: titles, loader, minimising, quitting, and the dialogs it opens.
 class TestWindowShell : public QObject {
     Q_OBJECT
 
@@ -29,13 +27,6 @@ private:
             dialog->findChild<QDialogButtonBox *>("buttonBox")->button(button)->click();
         });
         timer->start(20);
-    }
-
-    static QString link(const QString &document, const QString &title)
-    {
-        const QString path = VELMOR_TEST_ROOT + document;
-        return "<a href='file:///" + path.mid(path.startsWith('/') ? 1 : 0) + "' style='color:#2b9eeb;'>" + title
-            + "</a>";
     }
 
     void showPage(const char *page) { flow->find<QStackedWidget>("pager")->setCurrentWidget(flow->widget(page)); }
@@ -60,54 +51,6 @@ private slots:
         flow->button("bArrowAuthenCert")->click();
 
         QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
-    }
-
-    void windowIsFramelessAndTransparentAroundItsFrame()
-    {
-        flow->openWindow();
-
-        const int flags = 0x4901; // window, fixed size, frameless, with a minimise button
-        QCOMPARE(int(flow->window->windowFlags()) & flags, flags);
-        QVERIFY(flow->window->testAttribute(Qt::WA_TranslucentBackground));
-        QCOMPARE(flow->widget("mainFrame")->size(), QSize(900, 697));
-        QCOMPARE(flow->window->size(), QSize(940, 717));
-        QCOMPARE(flow->widget("mainFrame")->mapTo(flow->window.get(), QPoint(0, 0)), QPoint(20, 0));
-        QCOMPARE(flow->widget("header")->height(), 80);
-    }
-
-    void titleVersionAndLinksAreSetAtTheStart()
-    {
-        flow->openWindow();
-
-        QCOMPARE(flow->title(), QString("velmor Menedżer "));
-        QCOMPARE(flow->label("lSubTitle")->text(), QString());
-        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
-        QCOMPARE(flow->label("lVersion")->text(), QString("Wersja aplikacji: <b>4.3.5</b>"));
-        QCOMPARE(flow->label("lGuide")->text(), link("/statics/instrukcja.html", "Instrukcja"));
-        QCOMPARE(flow->label("lLicense")->text(), link("/Licenses/license.html", "Umowa  Licencyjna"));
-        QCOMPARE(flow->label("lChangelog")->text(), link("/statics/historia_zmian.html", "Historia Zmian"));
-        QCOMPARE(flow->find<QTextBrowser>("tDiagnosticsRaport")->document()->defaultStyleSheet(),
-                 QString("a { color:#2c9eeb; font-weight:bold; }"));
-        QVERIFY(!flow->label("lError")->isHidden());
-        QCOMPARE(flow->label("lError")->text(), QString());
-    }
-
-    void windowIsDressedInItsThemesStyle()
-    {
-        flow->openWindow();
-
-        const QString style = GuiBase::instance()->file("styles-window.css");
-        QVERIFY(!style.isEmpty());
-        QCOMPARE(flow->widget("mainFrame")->styleSheet(), style);
-    }
-
-    void windowHasTheIconOfTheProgram()
-    {
-        flow->openWindow();
-
-        const QImage icon(":/icons/Manager.iconset/Manager.ico");
-        QVERIFY(!icon.isNull());
-        QCOMPARE(flow->window->windowIcon().pixmap(icon.size()).toImage(), QPixmap::fromImage(icon).toImage());
     }
 
     // Drawn anew from their files, at the size that the form gives them.
@@ -264,6 +207,12 @@ private slots:
 
         flow->button("bMinimalize")->click();
         QVERIFY(log.has("minimizeClicked()"));
+        QVERIFY(flow->window->isMinimized());
+        QVERIFY(!log.has("Unminimalize()"));
+        // Of the other changes none moves it either.
+        QEvent change(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(flow->window.get(), &change);
+        QCOMPARE(flow->window->geometry(), before);
         flow->window->showWndw();
 
         QVERIFY(log.has("Unminimalize()"));
@@ -353,9 +302,11 @@ private slots:
         QTimer::singleShot(300, flow->window.get(), &Window::closePopups);
         LogCatcher log;
 
-        QMetaObject::invokeMethod(flow->window.get(), "showReaderWarningPopup");
+        int ended = 0;
+        QMetaObject::invokeMethod(flow->window.get(), "showReaderWarningPopup", Q_RETURN_ARG(int, ended));
 
         QVERIFY(log.has("Close popup signal received"));
+        QCOMPARE(ended, int(QDialogButtonBox::Ignore));
     }
 
     void readerWarningExplainsWhatIsWrong()

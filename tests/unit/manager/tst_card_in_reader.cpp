@@ -121,6 +121,28 @@ private slots:
         QVERIFY(card.pinPad);
         QCOMPARE(card.chip, 8);
     }
+
+    // The picture stands in a buffer of the test, so that it can be looked at afterwards.
+    void photoIsOverwrittenUnlessSomebodyElseHasItToo_data()
+    {
+        QTest::addColumn<bool>("shared");
+        QTest::newRow("the last to hold it") << false;
+        QTest::newRow("shown elsewhere") << true;
+    }
+    void photoIsOverwrittenUnlessSomebodyElseHasItToo()
+    {
+        QFETCH(bool, shared);
+        constexpr int side = 2;
+        QVector<QRgb> pixels(side * side, qRgb(10, 20, 30));
+        CardInReader card;
+        card.photo = QImage(reinterpret_cast<uchar *>(pixels.data()), side, side, QImage::Format_ARGB32);
+        const QImage other = shared ? card.photo : QImage();
+
+        card.forgetHolder();
+
+        QVERIFY(card.photo.isNull());
+        QCOMPARE(pixels, QVector<QRgb>(side * side, shared ? qRgb(10, 20, 30) : QRgb(0)));
+    }
 };
 
 VELMOR_TEST(TestCardInReader)

@@ -84,6 +84,15 @@ private slots:
         QCOMPARE(shown, QString("WZÓR Dowody Centrum, Urząd, Referat Wydział, PL"));
     }
 
+    void holdersNamesStandBeforeTheSurname()
+    {
+        const CertificateText::Holder holder = CertificateText::holder(
+            issuedBy({ { "CN", "Wiśniewska Zając" }, { "CN", "Anna" }, { "SN", "Zając" }, { "SN", "Wiśniewska" } }));
+
+        QCOMPARE(holder.surname, QString("Wiśniewska Zając"));
+        QCOMPARE(holder.names, QString("Anna"));
+    }
+
     void dateIsThatOfTheMachinesTimeZone_data()
     {
         QTest::addColumn<QDateTime>("time");

@@ -30,6 +30,9 @@ private slots:
         QTest::newRow("one pixel") << QSize(1, 1) << QByteArray("PNG");
         QTest::newRow("wide") << QSize(600, 100) << QByteArray("PNG");
         QTest::newRow("high") << QSize(100, 600) << QByteArray("PNG");
+        // Eight to one, and 8000 pixels, are the most.
+        QTest::newRow("widest") << QSize(8000, 1000) << QByteArray("PNG");
+        QTest::newRow("highest") << QSize(1000, 8000) << QByteArray("PNG");
     }
     void pictureOfASensibleSizeIsRead()
     {
@@ -48,6 +51,8 @@ private slots:
         QTest::newRow("narrow and short") << QSize(1, 100) << QByteArray("PNG");
         QTest::newRow("narrow JPEG") << QSize(1, 65000) << QByteArray("JPEG");
         QTest::newRow("flat JPEG") << QSize(65000, 1) << QByteArray("JPEG");
+        QTest::newRow("a little too wide for its height") << QSize(801, 100) << QByteArray("PNG");
+        QTest::newRow("a little too high for its width") << QSize(100, 801) << QByteArray("PNG");
         QTest::newRow("too wide") << QSize(8001, 6000) << QByteArray("PNG");
         QTest::newRow("too high") << QSize(6000, 8001) << QByteArray("PNG");
         QTest::newRow("large") << QSize(9000, 9000) << QByteArray("PNG");

@@ -126,6 +126,47 @@ private slots:
         QTEST(lengthHint(digits), "hint");
     }
 
+    // Two end in a blank.
+    void eachOperationHasItsTitle()
+    {
+        QCOMPARE(pageTitle(1), QString("Zmiana PIN-u"));
+        QCOMPARE(pageTitle(2), QString("Odblokowanie PIN-u "));
+        QCOMPARE(pageTitle(3), QString("Nadawanie PIN-u "));
+        for (const int other : { 0, 4 })
+            QCOMPARE(pageTitle(other), QString());
+    }
+
+    void pageForThePukHasTwoSetsOfWords_data()
+    {
+        QTest::addColumn<bool>("firstPin");
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QString>("colour");
+        QTest::addColumn<int>("resultTitle");
+        QTest::newRow("unblock")
+            << false
+            << QStringList { "Odblokowanie PIN-u",  "PIN jest zablokowany. Użyj numeru PUK do nadania nowego PIN-u.",
+                             "Zmień PIN",           "Nowy PIN",
+                             "Powtórz nowy PIN",    "2. Podaj nowy PIN",
+                             "3. Powtórz nowy PIN", "Odblokowywanie PIN-u \n Proszę czekać" }
+            << red << 2;
+        QTest::newRow("first PIN")
+            << true << QStringList { "Nadawanie PIN-u", "Twój dowód nie ma nadanego PIN-u. Wpisz PUK i nadaj PIN.",
+                                     "Nadaj PIN",       "PIN",
+                                     "Powtórz PIN",     "2. Podaj PIN",
+                                     "3. Powtórz PIN",  "Nadawanie PIN-u \n Proszę czekać" }
+            << blue << 3;
+    }
+    void pageForThePukHasTwoSetsOfWords()
+    {
+        QFETCH(bool, firstPin);
+        const PukPageWords &words = firstPin ? firstPinWords() : unblockWords();
+        const QStringList told { words.mainTitle, words.details,   words.button,       words.newPin,
+                                 words.repeatPin, words.padNewPin, words.padRepeatPin, words.loader };
+        QTEST(told, "words");
+        QTEST(colourValue(words.detailsColour), "colour");
+        QTEST(int(words.resultTitle), "resultTitle");
+    }
+
     void triesAreTold()
     {
         QCOMPARE(triesLeft(1), QString("Pozostało prób: 1"));

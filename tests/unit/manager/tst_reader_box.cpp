@@ -27,6 +27,9 @@ private slots:
     void listIsAsWideAsItsLongestName();
     void theWarningIsWholeOrJustItsSign();
     void boxHasItsWidthBeforeTheWindowIsLaidOut();
+    void rowHasRoomForAllBesideTheBox();
+    void theWarningIsWholeAsLongAsItJustFits();
+    void openedListHasTheNameOfTheBox();
 };
 
 void TestReaderBox::rowsAreHighAndNamesWhole()
@@ -144,7 +147,58 @@ void TestReaderBox::boxHasItsWidthBeforeTheWindowIsLaidOut()
 
     fitReaderBox(ui.cbReaders, ui.bReaderWarning);
 
+    // In the font of the theme, which nobody has asked for yet.
+    ui.cbReaders->ensurePolished();
     QCOMPARE(ui.cbReaders->minimumWidth(), ui.cbReaders->fontMetrics().horizontalAdvance(names[1]) + 30);
+    // Also where the name needs less.
+    ui.cbReaders->setItemText(0, "Alfa");
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+    QCOMPARE(ui.cbReaders->view()->minimumWidth(), 280);
+}
+
+// Of the 900 pixels of a window 110 are before the box and 24 behind the row, and 34 are the sign's.
+void TestReaderBox::rowHasRoomForAllBesideTheBox()
+{
+    QMainWindow window;
+    Ui::Window ui;
+    ui.setupUi(&window);
+    ui.frameReaders->resize(100, 30);
+    ui.cbReaders->clear();
+    ui.cbReaders->addItem(QString("Czytnik bez końca ").repeated(12));
+
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+
+    QCOMPARE(ui.cbReaders->width(), 900 - 110 - 24 - 34);
+    QCOMPARE(ui.cbReaders->view()->minimumWidth(), 900 - 110 - 24);
+}
+
+void TestReaderBox::theWarningIsWholeAsLongAsItJustFits()
+{
+    QMainWindow window;
+    Ui::Window ui;
+    ui.setupUi(&window);
+    ui.cbReaders->clear();
+    ui.cbReaders->addItem(names[2]);
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+    const int needed = 110 + ui.cbReaders->width() + 34 + ui.bReaderWarning->sizeHint().width() + 24;
+    QVERIFY2(needed > 900, qPrintable(QString::number(needed)));
+
+    ui.frameReaders->resize(needed - 1, 30);
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+    QVERIFY(ui.bReaderWarning->isHidden());
+
+    ui.frameReaders->resize(needed, 30);
+    fitReaderBox(ui.cbReaders, ui.bReaderWarning);
+    QVERIFY(!ui.bReaderWarning->isHidden());
+}
+
+// The list is a window of its own, in which a screen reader finds no caption.
+void TestReaderBox::openedListHasTheNameOfTheBox()
+{
+    QComboBox box;
+    box.setAccessibleName("czytniki");
+    prepareReaderBox(&box);
+    QCOMPARE(box.view()->accessibleName(), QString("czytniki"));
 }
 
 VELMOR_TEST(TestReaderBox)

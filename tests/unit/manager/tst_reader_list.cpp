@@ -16,6 +16,7 @@ private slots:
         QTest::newRow("two") << "0:Reader A||1:Reader B" << QStringList { "Reader A", "Reader B" } << "";
         QTest::newRow("one, ended") << "0:Reader A||" << QStringList { "Reader A", "" } << "";
         QTest::newRow("suffix stays") << "12:Reader A #1||" << QStringList { "Reader A #1", "" } << "";
+        QTest::newRow("no number") << ":Reader A||" << QStringList { "Reader A", "" } << "";
         QTest::newRow("colon in name") << "0:A:B||" << QStringList { "A:B", "" } << "";
         QTest::newRow("part without colon") << "x||1:B" << QStringList { "", "B" } << "";
         QTest::newRow("only separator") << "||" << QStringList { "", "" } << "";
@@ -59,6 +60,59 @@ private slots:
     {
         QFETCH(QString, text);
         QTEST(namesReader(text), "usable");
+    }
+
+    void listDecidesByBoxAndPage_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("rules"); // of a page that shows the list, without a layer, needing no card, busy
+        const QString none = "brak czytnika lub karty";
+        QTest::newRow("same list") << "0:A||"
+                                   << "A"
+                                   << "take reload note note";
+        QTest::newRow("marked as a container's") << "12:A #1||"
+                                                 << "A"
+                                                 << "take reload note note";
+        QTest::newRow("one more") << "0:A||1:B||"
+                                  << "A"
+                                  << "take reload note note";
+        QTest::newRow("another") << "0:B||"
+                                 << "A"
+                                 << "reload reload note reload";
+        QTest::newRow("nothing in it") << "||"
+                                       << "A"
+                                       << "reload reload note reload";
+        QTest::newRow("no value") << ""
+                                  << "A"
+                                  << "reload reload note reload";
+        QTest::newRow("error word") << "NO_CARD"
+                                    << "A"
+                                    << "take take take take";
+        QTest::newRow("first reader") << "0:A||" << none << "reload reload note reload";
+        QTest::newRow("a reader that is named like none") << "0:brak||"
+                                                          << "brak"
+                                                          << "reload reload note reload";
+        QTest::newRow("none, as before") << "" << none << "take reload note note";
+        QTest::newRow("error word, none before") << "NO_READER" << none << "take take take take";
+        QTest::newRow("list for an empty box") << "0:A||"
+                                               << ""
+                                               << "reload reload note reload";
+        QTest::newRow("no value for an empty box") << ""
+                                                   << ""
+                                                   << "reload reload note reload";
+    }
+    void listDecidesByBoxAndPage()
+    {
+        QFETCH(QString, value);
+        QFETCH(QString, box);
+        QStringList rules;
+        for (const ReaderPage page :
+             { ReaderPage::ShowsList, ReaderPage::NoElectricLayer, ReaderPage::NeedsNoCard, ReaderPage::Busy }) {
+            const ReadersRule rule = readersRule(value, box, page);
+            rules << (rule == ReadersRule::Take ? "take" : rule == ReadersRule::Note ? "note" : "reload");
+        }
+        QTEST(rules.join(' '), "rules");
     }
 
     void problemWordsGiveItemMessageAndRow_data()

@@ -147,6 +147,21 @@ private slots:
         QCOMPARE(name("fieldActualPin"), QString("own"));
         find<QWidget>("fieldActualPin")->setAccessibleName({});
     }
+    void plainWidgetThatTabReachesIsTextAndAnyOtherStaysWhatItIs()
+    {
+        const auto roleOf = [](QWidget &widget, Qt::FocusPolicy policy) {
+            widget.setFocusPolicy(policy);
+            return QAccessible::queryAccessibleInterface(&widget)->role();
+        };
+        QWidget widgets[2];
+        QFrame frames[2];
+        QPushButton button;
+        QCOMPARE(roleOf(widgets[0], Qt::TabFocus), QAccessible::StaticText);
+        QCOMPARE(roleOf(frames[0], Qt::TabFocus), QAccessible::StaticText);
+        QVERIFY(roleOf(widgets[1], Qt::StrongFocus) != QAccessible::StaticText);
+        QVERIFY(roleOf(frames[1], Qt::NoFocus) != QAccessible::StaticText);
+        QCOMPARE(roleOf(button, Qt::TabFocus), QAccessible::Button);
+    }
 };
 
 VELMOR_TEST(TestSpokenPage)

@@ -34,6 +34,7 @@ private slots:
     void wrongPukTellsTheTriesToo();
     void resultWaitsAfterTheTries();
     void noPinReachesTheLog();
+    void argumentsAreEmptyAfterTheCardCall();
 };
 
 void TestThProxyPin::changedPinTellsTheTriesFirst()
@@ -143,6 +144,31 @@ void TestThProxyPin::noPinReachesTheLog()
 
     for (const char *secret : { "908172", "453627", "24681357" })
         QVERIFY2(!log->has(secret), qPrintable(log->text()));
+}
+
+// They are the copies that the queue carries; whoever else has one keeps it.
+void TestThProxyPin::argumentsAreEmptyAfterTheCardCall()
+{
+    setTries(qualifiedSlot, CKF_USER_PIN_LOCKED);
+    select();
+    const QString kept = "24681357";
+    QString actual = "908172";
+    QString changed = "453627";
+    QString puk = kept;
+    QString unblocked = "45362718";
+
+    QMetaObject::invokeMethod(
+        proxy.get(),
+        [&] {
+            proxy->changePin(reader, "Authorization", actual, changed);
+            proxy->unblockPin(reader, "Qualified", puk, unblocked);
+        },
+        Qt::BlockingQueuedConnection);
+
+    for (const QString &argument : { actual, changed, puk, unblocked })
+        QCOMPARE(argument, QString());
+    QCOMPARE(kept, QString("24681357"));
+    QCOMPARE(card->pins.last(), QByteArray("45362718"));
 }
 
 VELMOR_TEST(TestThProxyPin)

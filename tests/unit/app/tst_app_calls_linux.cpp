@@ -1,3 +1,4 @@
+#include "support/own_rest.h"
 #include "support/testmain.h"
 
 #include "app/app.h"
@@ -5,27 +6,12 @@
 
 #include <QTemporaryDir>
 
-#include <ctime>
-#include <functional>
-
 namespace {
-
-// What happens in place of a rest of this program, with its length in milliseconds.
-std::function<void(long)> onRest;
 
 // What the toolkit was told to look for plugins in.
 QStringList addedPaths;
 
 } // namespace
-
-// In place of the C library's, for the toolkit as well.
-extern "C" Q_DECL_EXPORT int nanosleep(const struct timespec *time, struct timespec *left)
-{
-    if (!onRest)
-        return clock_nanosleep(CLOCK_REALTIME, 0, time, left);
-    onRest(time->tv_sec * 1000 + time->tv_nsec / 1000000);
-    return 0;
-}
 
 // In place of the toolkit's.
 void QCoreApplication::addLibraryPath(const QString &path)

@@ -1,28 +1,11 @@
+#include "support/own_rest.h"
 #include "unit/ipc/ipc_fixture.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <ctime>
-#include <functional>
 #include <sys/ipc.h>
 #include <sys/sem.h>
-
-namespace {
-
-// What happens in place of a rest of this program, with its length in milliseconds.
-std::function<void(long)> onRest;
-
-} // namespace
-
-// In place of the C library's, for the toolkit as well.
-extern "C" Q_DECL_EXPORT int nanosleep(const struct timespec *time, struct timespec *left)
-{
-    if (!onRest)
-        return clock_nanosleep(CLOCK_REALTIME, 0, time, left);
-    onRest(time->tv_sec * 1000 + time->tv_nsec / 1000000);
-    return 0;
-}
 
 // The rests between the attempts to deliver, and a segment whose lock has been taken away, as its user can do.
 class TestIpcLock : public IpcFixture {

@@ -20,15 +20,16 @@ namespace {
 
 constexpr int idleWorkerAnswers = 300;
 
-QtMessageHandler outerHandler = nullptr;
+// Both threads log while the handler changes.
+std::atomic<QtMessageHandler> outerHandler = nullptr;
 std::atomic<QThread *> worker;
 
 void noteWorker(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (message == "load SSL")
         worker = QThread::currentThread();
-    if (outerHandler)
-        outerHandler(type, context, message);
+    if (const QtMessageHandler outer = outerHandler)
+        outer(type, context, message);
 }
 
 bool runUntil(const std::function<bool()> &condition, int milliseconds)

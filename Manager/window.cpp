@@ -42,7 +42,7 @@
 
 namespace {
 
-constexpr int framesPerSecond = 10;
+constexpr int loaderFramesPerSecond = 10;
 constexpr QRect titleAlone(35, 25, 422, 31);
 constexpr QRect titleAboveSubtitle(30, 15, 421, 31);
 
@@ -133,8 +133,8 @@ Window::~Window()
 
 void Window::createGuiHelpers()
 {
-    loader = new AnimWidget(ui->loadingGif, guiBase->path("loader.svg"), framesPerSecond);
-    photoLoader = new AnimWidget(ui->lPhoto, guiBase->path("loader_photo.svg"), framesPerSecond);
+    loader = new AnimWidget(ui->loadingGif, guiBase->path("loader.svg"), loaderFramesPerSecond);
+    photoLoader = new AnimWidget(ui->lPhoto, guiBase->path("loader_photo.svg"), loaderFramesPerSecond);
     scaler = new GuiScaler;
     scaler->setFactor(1.0);
     scaler->svg({ ui->lfooter, ui->lostrel, ui->lno_connection, ui->lpinpad, ui->lchange_card });

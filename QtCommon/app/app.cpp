@@ -143,7 +143,7 @@ QString App::findApp(const QString &program) const
         file = program.mid(1);
     }
     const QString installed =
-        QDir::cleanPath(root + QString(AppPaths::row(Platform::word()).programs).replace("%1", AppPaths::bits(arch)));
+        QDir::cleanPath(root + QString(AppPaths::of(Platform::word()).programs).replace("%1", AppPaths::bits(arch)));
     const QStringList directories { Common::isDev() ? devBuildDir(file) : installed };
     const QString suffix = (arch == "i386" ? "32" : "") + Platform::programSuffix();
     for (const QString &directory : directories) {
@@ -183,7 +183,7 @@ QString App::libDir(const QString &architecture) const
         return coreBuildDir;
     const QString chosen = architecture.isEmpty() ? arch : architecture;
     return QDir::cleanPath(root
-                           + QString(AppPaths::row(Platform::word()).libraries).replace("%1", AppPaths::bits(chosen)));
+                           + QString(AppPaths::of(Platform::word()).libraries).replace("%1", AppPaths::bits(chosen)));
 }
 
 QString App::pkcsLibPath(const QString &architecture) const
@@ -197,7 +197,7 @@ QString App::documentPath(const QString &file) const
 {
     if (Common::isDev())
         return docDir + "Docs/" + file;
-    return root + AppPaths::row(Platform::word()).documents + '/' + file;
+    return root + AppPaths::of(Platform::word()).documents + '/' + file;
 }
 
 QString App::changelogPath() const
@@ -214,7 +214,7 @@ QString App::licensePath() const
 {
     if (Common::isDev())
         return docDir + "Licenses/license.html";
-    return root + AppPaths::row(Platform::word()).license + "/license.html";
+    return root + AppPaths::of(Platform::word()).license + "/license.html";
 }
 
 void App::messageHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)

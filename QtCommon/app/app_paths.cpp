@@ -2,7 +2,7 @@
 
 namespace AppPaths {
 
-Row row(const QString &platform)
+Row of(const QString &platform)
 {
     static const Row rows[] = {
         { "mac", "/Contents/Resources", "/Contents/Resources", "/Contents/lib", "/Contents/MacOS" },

@@ -15,7 +15,7 @@ struct Row {
 };
 
 // The row of a platform word; all empty for an unknown one.
-Row row(const QString &platform);
+Row of(const QString &platform);
 
 // "32", "64", "arm64", or "unknown-arch".
 QString bits(const QString &arch);

@@ -21,11 +21,11 @@ std::optional<int> segmentAt(const void *address)
     QFile maps("/proc/self/maps");
     if (!maps.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray start = QByteArray::number(reinterpret_cast<quintptr>(address), 16) + '-';
+    const QByteArray range = QByteArray::number(reinterpret_cast<quintptr>(address), 16) + '-';
     for (const QByteArray &line : maps.readAll().split('\n')) {
         // address, rights, offset, device, inode
         constexpr int inode = 4;
-        if (line.startsWith(start))
+        if (line.startsWith(range))
             return line.simplified().split(' ').value(inode).toInt();
     }
     return std::nullopt;

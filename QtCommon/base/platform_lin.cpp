@@ -18,8 +18,8 @@ constexpr char openGlVariable[] = "QT_XCB_GL_INTEGRATION";
 // A base folder of the XDG rules: the variable if it names an absolute path, else the default below the home folder.
 QString xdgDir(const char *variable, const QString &fallback)
 {
-    const QString value = QFile::decodeName(qgetenv(variable));
-    return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + '/' + fallback;
+    const QString folder = QFile::decodeName(qgetenv(variable));
+    return QDir::isAbsolutePath(folder) ? QDir::cleanPath(folder) : QDir::homePath() + '/' + fallback;
 }
 
 // Made now, or there already and then made ours alone.

@@ -131,13 +131,13 @@ QByteArray DGParser::photo() const
         return {};
     }
     const int outerEnd = byteAt(file, 2) * 256 + byteAt(file, 3) + dg2HeaderSize;
-    const int start = file.indexOf(QByteArray::fromHex("FFD8"));
-    if (start < 0) {
+    const int image = file.indexOf(QByteArray::fromHex("FFD8"));
+    if (image < 0) {
         // Meant: logged where nothing was found, and only there.
         qDebug().noquote() << "photo loaded";
         return {};
     }
-    return outerEnd > start ? file.mid(start, outerEnd - start) : QByteArray();
+    return outerEnd > image ? file.mid(image, outerEnd - image) : QByteArray();
 }
 
 QString DGParser::documentNumber() const
@@ -145,8 +145,8 @@ QString DGParser::documentNumber() const
     // Not dgBytes: in a file of less than 19 characters the last nine of them are taken.
     QString file = textOf(dataGroups.value(dg1));
     const int end = std::min(documentNumberField.from + documentNumberField.length, file.size());
-    const int start = std::max(end - documentNumberField.length, 0);
-    QString number = file.mid(start, end - start).remove(QLatin1Char('<'));
+    const int from = std::max(end - documentNumberField.length, 0);
+    QString number = file.mid(from, end - from).remove(QLatin1Char('<'));
     wipeSecret(file);
     return number;
 }

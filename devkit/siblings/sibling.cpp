@@ -15,7 +15,7 @@ constexpr char architecture[] = "x86_64";
 QString installRoot()
 {
     const QString folder = QFileInfo(QString(Platform::executablePath()).replace('\\', '/')).path();
-    const QString below = QString(AppPaths::row(Platform::word()).programs).replace("%1", AppPaths::bits(architecture));
+    const QString below = QString(AppPaths::of(Platform::word()).programs).replace("%1", AppPaths::bits(architecture));
     return below == "/" ? folder : Common::chopSuffix(folder, below);
 }
 

@@ -109,7 +109,7 @@ void TstAppPaths::foldersOfAPlatform()
 {
     QFETCH(QString, platform);
 
-    const AppPaths::Row row = AppPaths::row(platform);
+    const AppPaths::Row row = AppPaths::of(platform);
 
     const QString bits = AppPaths::bits("x86_64");
     const QStringList texts { row.platform, row.documents, row.license, QString(row.libraries).replace("%1", bits),

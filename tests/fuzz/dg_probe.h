@@ -43,6 +43,7 @@ inline const Text texts[] = {
     { "surname", longestValue, [](DGParser &parser) { return parser.surname(); } },
     { "firstName", longestValue, [](DGParser &parser) { return parser.firstName(); } },
     { "secondName", longestValue, [](DGParser &parser) { return parser.secondName(); } },
+    { "firstNames", 2 * longestValue + 1, [](DGParser &parser) { return parser.firstNames(); } },
 };
 
 inline Results read(const char *data, int size)

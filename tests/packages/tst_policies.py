@@ -128,9 +128,14 @@ class Admx(unittest.TestCase):
         self.assertEqual(set(NOT_PRESET) - set(self.keys), set(), "keys that the program no longer has")
 
     def test_themes_are_those_that_the_program_has(self):
+        there = sorted(p.stem for p in (SOURCE / "Shared/themes").glob("*.cmake") if p.stem != "themes")
         offered = [e.text for e in self.root.iter(f"{NS}string")]
-        self.assertEqual(sorted(offered), sorted(p.stem for p in (SOURCE / "Shared/themes").glob("*.cmake")
-                                                 if p.stem != "themes"))
+        self.assertEqual(sorted(offered), there)
+        # What an administrator reads, and the line of it that names them.
+        for name, line in (("docs/deploying.md", r"^\| `theme` \|(.*)$"),
+                           ("packaging/linux/velmor/config.conf", r"^;(.*)\n;theme=")):
+            told = re.search(line, (SOURCE / name).read_text(encoding="utf-8"), re.M)[1]
+            self.assertEqual([theme for theme in there if not re.search(rf"\b{theme}\b", told)], [], name)
 
 
 class Conffile(unittest.TestCase):

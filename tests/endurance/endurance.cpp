@@ -4,7 +4,7 @@
 //
 //     endurance [--cards N] [--seed N]
 //
-// It prints what it has done and holds; what is prescribed to grow is measured by taking it away, and named.
+// It prints what it has done and holds; what is meant to grow is measured by taking it away, and named.
 #include "endurance/monitor_inbox.h"
 #include "endurance/numbered_cards.h"
 #include "endurance/own_resources.h"
@@ -369,7 +369,7 @@ private:
         QCoreApplication::processEvents();
         const long cost = before - OwnResources::now().heapKiB;
         const long room = roomToParse(longestSheet);
-        std::printf("prescribed growth, style sheets of %ld characters: %ld KiB (%s), and %ld KiB to parse them\n",
+        std::printf("meant to grow, style sheets of %ld characters: %ld KiB (%s), and %ld KiB to parse them\n",
                     characters, cost, qPrintable(names.join(", ")), room);
         return cost + room;
     }

@@ -142,7 +142,7 @@ QStringList Runner::run(const Action &action, const std::vector<Strike> &strikes
     askingRuns += rig->asksWithoutEnd();
     cleanUp(action, wrong);
     readNextCard(wrong);
-    // Style sheets grow with each card, as is prescribed, and the window becomes slow to work in.
+    // Style sheets grow with each card, as is meant, and the window becomes slow to work in.
     constexpr int runsOfAWindow = 40;
     if (++runs % runsOfAWindow == 0 && rig->window)
         wrong << rig->closeWindow();

@@ -28,9 +28,9 @@ public:
     QStringList actAndDie(const Action &action, const Strike &strike);
 
     int longestStall() const { return stall; }
-    // Runs in which the program asks the Monitor again and again for a card that it cannot read, as is prescribed.
+    // Runs in which the program asks the Monitor again and again for a card that it cannot read, as is meant.
     int asking() const { return askingRuns; }
-    // Runs after which only a new start of the program helps, as is prescribed.
+    // Runs after which only a new start of the program helps, as is meant.
     int stuck() const { return stuckRuns; }
 
 private:

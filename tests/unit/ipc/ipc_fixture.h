@@ -12,7 +12,7 @@
 class IpcFixture : public QObject {
 protected:
     static constexpr char inboxKey[] = "velmor_monitor";
-    static constexpr int prescribedSize = 500;
+    static constexpr int agreedSize = 500;
 
     void openBus()
     {

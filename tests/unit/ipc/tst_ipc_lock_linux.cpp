@@ -53,7 +53,7 @@ private slots:
 
     void fullInboxIsTriedEveryFiftyMilliseconds()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         inbox.write("<k>old</k>");
         QList<long> rests;
         onRest = [&rests](long milliseconds) { rests << milliseconds; };
@@ -75,7 +75,7 @@ private slots:
     {
         QFETCH(int, restsBefore);
         QFETCH(QString, line);
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         inbox.write("<k>old</k>");
         int rests = 0;
         onRest = [&](long) {
@@ -91,7 +91,7 @@ private slots:
 
     void nothingIsDeliveredWithoutTheLock()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         inbox.write("<k>old</k>");
         char *bytes = static_cast<char *>(inbox.memory.data());
         int rests = 0;

@@ -34,7 +34,7 @@ private slots:
 
     void senderIsFilledInOnlyIfThereIsNone()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         QVERIFY(sender->send(IpcMsg { { "to", inboxKey }, { "k", 1 } }));
         QCOMPARE(inbox.text(), QByteArray("<from>velmor_can</from><k>1</k><to>velmor_monitor</to>"));
         inbox.clear();
@@ -44,14 +44,14 @@ private slots:
 
     void pathOfTheAddressDoesNotChangeTheSegment()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         QVERIFY(sender->send(IpcMsg { { "to", "velmor_monitor/req1" }, { "k", 1 } }));
         QVERIFY(inbox.text().endsWith("<to>velmor_monitor/req1</to>"));
     }
 
     void messageWithoutPayloadIsRefusedWithoutAWord()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         LogCatcher log;
         QVERIFY(!sender->send(IpcMsg { { "to", inboxKey }, { "reply", "0" } }));
         QVERIFY(log.lines().isEmpty());
@@ -91,7 +91,7 @@ private slots:
 
     void fullInboxIsGivenUpAfterFortyNineAttempts()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         inbox.write("<k>old</k>");
         LogCatcher log;
         QElapsedTimer clock;
@@ -111,7 +111,7 @@ private slots:
         constexpr int mostTries = 40;
         int told = 0;
         for (int i = 0; i < mostTries && told != 3; ++i) {
-            RawInbox inbox(inboxKey, prescribedSize);
+            RawInbox inbox(inboxKey, agreedSize);
             inbox.write("<k>old</k>");
             QElapsedTimer clock;
             clock.start();
@@ -128,7 +128,7 @@ private slots:
 
     void messageOfTheSegmentsSizeLeavesNoTerminator()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         const IpcMsg message = messageOfSize(inbox.size());
         LogCatcher log;
         QVERIFY(sender->send(message));
@@ -140,7 +140,7 @@ private slots:
 
     void longerMessageIsCutAndLosesTheEntriesAtItsEnd()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         const IpcMsg message = messageOfSize(inbox.size() + 1);
         LogCatcher log;
         QVERIFY(sender->send(message));

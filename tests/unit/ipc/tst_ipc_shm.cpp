@@ -29,9 +29,9 @@ private slots:
         RawInbox inbox(inboxKey);
         QVERIFY(inbox.isThere());
 #ifdef Q_OS_LINUX
-        QCOMPARE(inbox.size(), prescribedSize);
+        QCOMPARE(inbox.size(), agreedSize);
 #else
-        QVERIFY(inbox.size() >= prescribedSize);
+        QVERIFY(inbox.size() >= agreedSize);
 #endif
     }
 
@@ -50,7 +50,7 @@ private slots:
 
     void startTakesASegmentThatIsThere()
     {
-        RawInbox inbox(inboxKey, prescribedSize);
+        RawInbox inbox(inboxKey, agreedSize);
         inbox.write("<a>waiting</a>");
         LogCatcher log;
         listen();
@@ -68,7 +68,7 @@ private slots:
         QCOMPARE(log.count("create shm"), 1);
         // What the platform itself says of such a segment.
         QSharedMemory nameless { QString() };
-        QVERIFY(!nameless.create(prescribedSize));
+        QVERIFY(!nameless.create(agreedSize));
         QCOMPARE(log.lines().last(), "shm not created: " + nameless.errorString());
         QTest::qWait(250);
         QCOMPARE(log.lines().size(), 2);
@@ -81,7 +81,7 @@ private slots:
     {
         listen();
         RawInbox inbox(inboxKey);
-        inbox.write(QByteArray(prescribedSize, 'x'));
+        inbox.write(QByteArray(agreedSize, 'x'));
         LogCatcher log;
 
         receiver->stop();
@@ -233,7 +233,7 @@ private slots:
         inbox.write("<k>value</k><to>velmor_monitor</to>");
         QTRY_COMPARE(heard.size(), 1);
         QCOMPARE(log.lines(), QStringList { "recv k:value, to:velmor_monitor" });
-        QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
+        QCOMPARE(inbox.bytes().left(agreedSize), QByteArray(agreedSize, '\0'));
     }
 
     void nextLookIsATenthOfASecondLater()
@@ -273,7 +273,7 @@ private slots:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("messages");
-        const int size = prescribedSize;
+        const int size = agreedSize;
         QTest::newRow("no terminator") << messageOfSize(size).serialize() << 1;
         QTest::newRow("brackets") << QByteArray(size, '<') << 1;
         QTest::newRow("nested tags") << QByteArray("<a>").repeated(size / 3) << 1;
@@ -295,7 +295,7 @@ private slots:
         RawInbox inbox(inboxKey);
         inbox.write(bytes);
 
-        QTRY_VERIFY(inbox.bytes().left(prescribedSize) == QByteArray(prescribedSize, '\0') || bytes.startsWith('\0'));
+        QTRY_VERIFY(inbox.bytes().left(agreedSize) == QByteArray(agreedSize, '\0') || bytes.startsWith('\0'));
         QTest::qWait(120);
 
         QTEST(heard.size(), "messages");
@@ -333,13 +333,13 @@ private slots:
         QVERIFY(sender->send(IpcMsg { { "from", "f" }, { "to", inboxKey }, { "z", QByteArray(500, 'x') } }));
         QTRY_COMPARE(heard.size(), 1);
         QCOMPARE(heard.first().param("z"), QByteArray(500, 'x'));
-        QCOMPARE(inbox.bytes().left(prescribedSize), QByteArray(prescribedSize, '\0'));
-        QVERIFY(inbox.bytes().mid(prescribedSize).startsWith("xxx"));
+        QCOMPARE(inbox.bytes().left(agreedSize), QByteArray(agreedSize, '\0'));
+        QVERIFY(inbox.bytes().mid(agreedSize).startsWith("xxx"));
 
-        inbox.write("<z>" + QByteArray(prescribedSize - 3, 'y'));
+        inbox.write("<z>" + QByteArray(agreedSize - 3, 'y'));
 
         QTRY_COMPARE(heard.size(), 2);
-        QCOMPARE(QString(heard.at(1).param("z")).remove('x'), QString(prescribedSize - 3, 'y'));
+        QCOMPARE(QString(heard.at(1).param("z")).remove('x'), QString(agreedSize - 3, 'y'));
     }
 
     void segmentThatWentWhileRunningIsNoHarm()

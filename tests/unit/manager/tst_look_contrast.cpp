@@ -5,7 +5,7 @@
 
 namespace {
 
-// Colours that are prescribed and fainter than the rest has to be. Letters in them are larger and stronger instead.
+// Colours that are meant, and fainter than the rest has to be. Letters in them are larger and stronger instead.
 struct Exception {
     const char *widgets; // a pattern of their names
     const char *colour;
@@ -97,7 +97,7 @@ private slots:
     void offLooksOff();
     void signs_data() { themeRows(); }
     void signs();
-    void prescribedColours();
+    void coloursOfTheLightTheme();
     void linksOfTheBlockedPuk_data() { themeRows(); }
     void linksOfTheBlockedPuk();
 
@@ -270,7 +270,7 @@ void TestLookContrast::signs()
     tell(theme);
 }
 
-void TestLookContrast::prescribedColours()
+void TestLookContrast::coloursOfTheLightTheme()
 {
     look->useTheme("light");
     look->showPage("pageHome");

@@ -5,7 +5,7 @@
 #include <QDialog>
 #include <QStyleOptionComboBox>
 
-// Single promises of the look: the prescribed states of a tile, and places that are tight by their numbers.
+// Single promises of the look: the three states of a tile, and places that are tight by their numbers.
 class TestLookDetails : public QObject {
     Q_OBJECT
 

@@ -3,7 +3,7 @@
 #include "support/pin_flow.h"
 
 // How long the window lets others come first: the screen reader, the painting, the keypad, the worker.
-class TestPrescribedWaits : public QObject {
+class TestWindowWaits : public QObject {
     Q_OBJECT
 
 private:
@@ -54,5 +54,5 @@ private slots:
     }
 };
 
-VELMOR_TEST(TestPrescribedWaits)
-#include "tst_prescribed_waits.moc"
+VELMOR_TEST(TestWindowWaits)
+#include "tst_window_waits.moc"

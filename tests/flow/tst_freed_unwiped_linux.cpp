@@ -60,7 +60,7 @@ bool isArrayOfItsOwn(const void *block, std::size_t room)
         && header.size <= int(room - sizeof header);
 }
 
-void lookInto(const void *block, bool byOurselves)
+[[maybe_unused]] void lookInto(const void *block, bool byOurselves)
 {
     const std::size_t room = malloc_usable_size(const_cast<void *>(block));
     if (!isArrayOfItsOwn(block, room))

@@ -132,7 +132,8 @@ QString forwardedWrong(const IpcMsg &message)
     plain.setEncryptionId({});
     for (std::size_t i = 0; i < std::size(ways); ++i) {
         program.sent.clear();
-        (program.*ways[i])(plain);
+        const auto way = ways[i];
+        (program.*way)(plain);
         for (const QByteArray &sent : qAsConst(program.sent)) {
             if (IpcMsg(sent).to() != segments[i] && !sent.contains("<<") && IpcMsg(sent).keys() == message.keys())
                 return "a message to another program";

@@ -38,8 +38,8 @@ PinsPage::PinsPage(PanelWorld &panelWorld) :
     inside->addLayout(below);
     auto *layout = PanelParts::column(this);
     layout->addWidget(
-        PanelParts::note("Kody dowodu, który jest w czytniku. Program zauważa zmianę, gdy dowód włoży się "
-                         "ponownie albo gdy użyje się kodu."));
+        PanelParts::note("Kody dowodu, który jest w czytniku. Program zauważa zmianę, gdy ponownie "
+                         "włożysz dowód albo użyjesz kodu."));
     layout->addWidget(card);
     layout->addStretch();
 

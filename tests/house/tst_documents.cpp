@@ -227,7 +227,7 @@ private slots:
     void manualWarnsOfFilesWithOtherLineEnds()
     {
         const QString text = readFileText(manual());
-        const int warning = text.indexOf("Zanim odłączysz przeglądarkę: zrób kopię");
+        const int warning = text.indexOf("Zanim połączysz albo odłączysz przeglądarkę, zrób kopię");
         QVERIFY(warning > 0);
         for (const char *word : { "LF", "user.js", "pkcs11.txt", "opróżnić" })
             QVERIFY2(text.indexOf(word, warning) > 0, word);
@@ -240,7 +240,7 @@ private slots:
         QStringList table {
             "Qt #: Core, Gui, Widgets, Network|The Qt Company Ltd. i inni|GNU LGPL 3|Qt LGPL-3 GPL-3 GPL-2",
             "Qt #: Svg|The Qt Company Ltd. i inni|GNU LGPL 3|QtSvg",
-            "Qt #: polskie tłumaczenie|The Qt Company Ltd. i inni|GNU GPL 3 z wyjątkiem The Qt Company 1.0|"
+            "Qt #: polskie tłumaczenie|The Qt Company Ltd. i inni|GNU GPL 3 wraz z wyjątkiem The Qt Company 1.0|"
             "QtTranslations",
             "OpenSSL #|The OpenSSL Project Authors|Apache License 2.0|OpenSSL Apache-2.0",
             "Krój pisma Poppins, pakiet @expo-google-fonts/poppins@#|The Poppins Project Authors|"
@@ -250,7 +250,7 @@ private slots:
             table
                 << "MinGW-w64 #: biblioteki uruchomieniowe, winpthreads|mingw-w64 project|ZPL 2.1, MIT i BSD|MinGW-w64"
                 << "GCC #: libgcc, libstdc++|Free Software Foundation, Inc.|"
-                   "GNU GPL 3 z wyjątkiem dla bibliotek uruchomieniowych|GCC GPL-3";
+                   "GNU GPL 3 wraz z wyjątkiem dla bibliotek uruchomieniowych|GCC GPL-3";
         QStringList rowsOfThePage;
         QSet<QString> notices;
         for (const QString &row : captured(text, "(?s)<tr><td>(.*?)</td></tr>")) {
@@ -278,7 +278,7 @@ private slots:
             { "LGPL 3", "LGPL-3.txt", "GNU LESSER GENERAL PUBLIC LICENSE" },
             { "GPL 3", "GPL-3.txt", "GNU GENERAL PUBLIC LICENSE" },
             { "Qt " QT_VERSION_STR ": Svg", "QtSvg.txt", "Qt Company" },
-            { "GPL 3 z wyjątkiem The Qt Company 1.0", "QtTranslations.txt", "GPL-3 with Qt-1.0 exception" },
+            { "GPL 3 wraz z wyjątkiem The Qt Company 1.0", "QtTranslations.txt", "GPL-3 with Qt-1.0 exception" },
             { "OpenSSL " OPENSSL_VERSION_STR, "OpenSSL.txt", "Apache" },
             { "Apache License 2.0", "Apache-2.0.txt", "Apache License" },
             { "Poppins, pakiet @expo-google-fonts/poppins@", "Poppins.txt", "SIL OPEN FONT LICENSE" },

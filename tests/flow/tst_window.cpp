@@ -1,7 +1,11 @@
 #include "support/flow.h"
 
+#include "app/app.h"
+#include "base/ipc_msg.h"
+#include "base/settings.h"
 #include "gui/anim_widget.h"
 #include "gui/gui_base.h"
+#include "ipc/ipc.h"
 
 #include <QAccessible>
 #include <QIcon>
@@ -11,7 +15,7 @@
 #include <QSvgRenderer>
 #include <QTextBrowser>
 
-// The window as it comes up, before there is a reader or a card.
+// The window as it comes up, what it is made of, and the titles of its pages.
 class TestWindow : public QObject {
     Q_OBJECT
 
@@ -28,7 +32,12 @@ private:
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
     void init() { flow = std::make_unique<Flow>(); }
-    void cleanup() { flow.reset(); }
+    void cleanup()
+    {
+        flow.reset();
+        Settings::instance()->setValue(SettingsKey::theme, "");
+        GuiBase::instance()->load();
+    }
 
     void windowIsFramelessAndTransparentAroundItsFrame()
     {
@@ -138,6 +147,113 @@ private slots:
             if (label->buddy() == field)
                 QVERIFY(label->isHidden());
         }
+    }
+
+    void titleMakesRoomForASubtitle()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
+
+        flow->button("bArrowAuthenCert")->click();
+
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
+    }
+
+    // Drawn anew from their files, at the size that the form gives them.
+    void fixedPicturesAreDrawnInTheirDesignSize_data()
+    {
+        QTest::addColumn<QString>("label");
+        for (const char *name : { "lfooter", "lostrel", "lno_connection", "lpinpad", "lchange_card", "lPinPadImg_2" })
+            QTest::newRow(name) << name;
+    }
+    void fixedPicturesAreDrawnInTheirDesignSize()
+    {
+        QFETCH(QString, label);
+        flow->openWindow();
+
+        const QLabel *picture = flow->label(qPrintable(label));
+        QVERIFY(!picture->property("pixmapSize").toSize().isEmpty());
+        QCOMPARE(picture->pixmap(Qt::ReturnByValue).size(), picture->property("pixmapSize").toSize());
+    }
+
+    void fixedPicturesAreThoseOfTheTheme_data()
+    {
+        QTest::addColumn<QString>("theme");
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<QString>("file");
+        const struct {
+            const char *label;
+            const char *file;
+        } rows[] = {
+            { "lfooter", "footer.svg" },
+            { "lostrel", "ostrel.svg" },
+            { "lno_connection", "no_connection.svg" },
+            { "lpinpad", "pinpad.svg" },
+            { "lchange_card", "change_card.svg" },
+            { "lPinPadImg_2", "pinpad.svg" },
+        };
+        for (const char *theme : { "dark", "highContrast" }) {
+            for (const auto &row : rows)
+                QTest::addRow("%s, %s", theme, row.label) << theme << row.label << row.file;
+        }
+    }
+    void fixedPicturesAreThoseOfTheTheme()
+    {
+        QFETCH(QString, theme);
+        QFETCH(QString, label);
+        QFETCH(QString, file);
+        Settings::instance()->setValue(SettingsKey::theme, theme);
+        GuiBase::instance()->load();
+        flow->openWindow();
+
+        const QLabel *picture = flow->label(qPrintable(label));
+        const QSize size = picture->property("pixmapSize").toSize();
+        const auto drawn = [&size](const QString &path) {
+            QFile svg(path);
+            return svg.open(QIODevice::ReadOnly) ? GuiBase::renderSvg(svg.readAll(), size).toImage() : QImage();
+        };
+        const QString own = ":/themes/" + QString(theme == "dark" ? "dark/" : "hc/") + file;
+        QVERIFY(!drawn(own).isNull());
+        QVERIFY(drawn(own) != drawn(":/images/" + file));
+        QCOMPARE(picture->pixmap(Qt::ReturnByValue).toImage(), drawn(own));
+    }
+
+    void widgetsThatWaitForTheirTimeAreHidden()
+    {
+        flow->openWindow();
+        for (const char *name : { "bWroc", "lNewPinInfo", "lPinInfoPuk", "lNewPinInfoPuk", "lActualPinInfo",
+                                  "lRepeatPinInfo", "bArrowICAO", "bUpdate", "bUpdateArrow", "warningFrame" })
+            QVERIFY2(flow->widget(name)->isHidden(), name);
+    }
+
+    void pagesStandInTheirOrder()
+    {
+        flow->openWindow();
+        const auto *pager = flow->find<QStackedWidget>("pager");
+        const QStringList pages { "pageHome",        "pageAllData",      "pageCertInfo",
+                                  "pageChangePin",   "pageUnblockPin",   "pageCorrectChange",
+                                  "pageDisconected", "pageBlockedPuk_2", "pageNoElectricLayer",
+                                  "pageSettings",    "pageHelp",         "pageIntegration" };
+        QCOMPARE(pager->count(), pages.size());
+        for (int i = 0; i < pages.size(); ++i)
+            QCOMPARE(pager->widget(i)->objectName(), pages[i]);
+        QCOMPARE(flow->find<QStackedWidget>("pagerBlockedPuk")->currentWidget()->objectName(), QString("pageValidPuk"));
+        QCOMPARE(flow->find<QStackedWidget>("pagerPinPadOrApp")->currentIndex(), 0);
+        QCOMPARE(flow->find<QStackedWidget>("pagerPinOrPinPadPuk")->currentIndex(), 0);
+    }
+
+    void messagesArriveThroughTheSegmentOfTheLock()
+    {
+        QVERIFY(App::instance()->lock());
+        flow->openWindow();
+        Ipc sibling;
+        sibling.setName("velmor_monitor");
+        LogCatcher log;
+        QVERIFY(sibling.send(IpcMsg { { "to", "velmor_manager" }, { "readers", "NO_CARD" } }));
+        QTRY_COMPARE(flow->readersBox()->currentText(), QString("brak karty w czytniku"));
+        QVERIFY(log.has("recv from:velmor_monitor, readers:NO_CARD, to:velmor_manager"));
+        flow->closeWindow();
+        App::instance()->unlock();
     }
 };
 

@@ -1,6 +1,4 @@
-#include "app/app.h"
 #include "base/ipc_msg.h"
-#include "ipc/ipc.h"
 
 #include "support/flow.h"
 #include "support/raw_inbox.h"
@@ -48,20 +46,6 @@ private slots:
         flow->window->recvIpcMsg(IpcMsg { { "to", to }, { "close", 1 }, { "nonsense", 1 }, { "readers", "NO_CARD" } });
         QVERIFY2(log.lines().isEmpty(), qPrintable(log.text()));
         QVERIFY(flow->window->isVisible());
-    }
-
-    void messagesArriveThroughTheSegmentOfTheLock()
-    {
-        QVERIFY(App::instance()->lock());
-        flow->openWindow();
-        Ipc sibling;
-        sibling.setName("velmor_monitor");
-        LogCatcher log;
-        QVERIFY(sibling.send(IpcMsg { { "to", "velmor_manager" }, { "readers", "NO_CARD" } }));
-        QTRY_COMPARE(flow->readersBox()->currentText(), QString("brak karty w czytniku"));
-        QVERIFY(log.has("recv from:velmor_monitor, readers:NO_CARD, to:velmor_manager"));
-        flow->closeWindow();
-        App::instance()->unlock();
     }
 
     void unknownKeysAreLoggedAndTheOthersTreated()

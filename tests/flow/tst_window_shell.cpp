@@ -1,12 +1,11 @@
 #include "support/flow.h"
 
 #include "base/settings.h"
-#include "gui/gui_base.h"
 #include "gui/popup.h"
 
 #include <QDialogButtonBox>
 
-// The window itself: titles, loader, minimising, quitting, and the dialogs it opens.
+// The window itself: loader, minimising, quitting, and the dialogs it opens.
 class TestWindowShell : public QObject {
     Q_OBJECT
 
@@ -39,101 +38,6 @@ private slots:
         flow.reset();
         Settings::instance()->setValue("updateAvailable", "");
         Settings::instance()->setValue("updateInProgress", "");
-        Settings::instance()->setValue(SettingsKey::theme, "");
-        GuiBase::instance()->load();
-    }
-
-    void titleMakesRoomForASubtitle()
-    {
-        QVERIFY(flow->showCard("anna"));
-        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
-
-        flow->button("bArrowAuthenCert")->click();
-
-        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
-    }
-
-    // Drawn anew from their files, at the size that the form gives them.
-    void fixedPicturesAreDrawnInTheirDesignSize_data()
-    {
-        QTest::addColumn<QString>("label");
-        for (const char *name : { "lfooter", "lostrel", "lno_connection", "lpinpad", "lchange_card", "lPinPadImg_2" })
-            QTest::newRow(name) << name;
-    }
-    void fixedPicturesAreDrawnInTheirDesignSize()
-    {
-        QFETCH(QString, label);
-        flow->openWindow();
-
-        const QLabel *picture = flow->label(qPrintable(label));
-        QVERIFY(!picture->property("pixmapSize").toSize().isEmpty());
-        QCOMPARE(picture->pixmap(Qt::ReturnByValue).size(), picture->property("pixmapSize").toSize());
-    }
-
-    void fixedPicturesAreThoseOfTheTheme_data()
-    {
-        QTest::addColumn<QString>("theme");
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("file");
-        const struct {
-            const char *label;
-            const char *file;
-        } rows[] = {
-            { "lfooter", "footer.svg" },
-            { "lostrel", "ostrel.svg" },
-            { "lno_connection", "no_connection.svg" },
-            { "lpinpad", "pinpad.svg" },
-            { "lchange_card", "change_card.svg" },
-            { "lPinPadImg_2", "pinpad.svg" },
-        };
-        for (const char *theme : { "dark", "highContrast" }) {
-            for (const auto &row : rows)
-                QTest::addRow("%s, %s", theme, row.label) << theme << row.label << row.file;
-        }
-    }
-    void fixedPicturesAreThoseOfTheTheme()
-    {
-        QFETCH(QString, theme);
-        QFETCH(QString, label);
-        QFETCH(QString, file);
-        Settings::instance()->setValue(SettingsKey::theme, theme);
-        GuiBase::instance()->load();
-        flow->openWindow();
-
-        const QLabel *picture = flow->label(qPrintable(label));
-        const QSize size = picture->property("pixmapSize").toSize();
-        const auto drawn = [&size](const QString &path) {
-            QFile svg(path);
-            return svg.open(QIODevice::ReadOnly) ? GuiBase::renderSvg(svg.readAll(), size).toImage() : QImage();
-        };
-        const QString own = ":/themes/" + QString(theme == "dark" ? "dark/" : "hc/") + file;
-        QVERIFY(!drawn(own).isNull());
-        QVERIFY(drawn(own) != drawn(":/images/" + file));
-        QCOMPARE(picture->pixmap(Qt::ReturnByValue).toImage(), drawn(own));
-    }
-
-    void widgetsThatWaitForTheirTimeAreHidden()
-    {
-        flow->openWindow();
-        for (const char *name : { "bWroc", "lNewPinInfo", "lPinInfoPuk", "lNewPinInfoPuk", "lActualPinInfo",
-                                  "lRepeatPinInfo", "bArrowICAO", "bUpdate", "bUpdateArrow", "warningFrame" })
-            QVERIFY2(flow->widget(name)->isHidden(), name);
-    }
-
-    void pagesStandInTheirOrder()
-    {
-        flow->openWindow();
-        const auto *pager = flow->find<QStackedWidget>("pager");
-        const QStringList pages { "pageHome",        "pageAllData",      "pageCertInfo",
-                                  "pageChangePin",   "pageUnblockPin",   "pageCorrectChange",
-                                  "pageDisconected", "pageBlockedPuk_2", "pageNoElectricLayer",
-                                  "pageSettings",    "pageHelp",         "pageIntegration" };
-        QCOMPARE(pager->count(), pages.size());
-        for (int i = 0; i < pages.size(); ++i)
-            QCOMPARE(pager->widget(i)->objectName(), pages[i]);
-        QCOMPARE(flow->find<QStackedWidget>("pagerBlockedPuk")->currentWidget()->objectName(), QString("pageValidPuk"));
-        QCOMPARE(flow->find<QStackedWidget>("pagerPinPadOrApp")->currentIndex(), 0);
-        QCOMPARE(flow->find<QStackedWidget>("pagerPinOrPinPadPuk")->currentIndex(), 0);
     }
 
     void settingsPageShowsTheStoredOptions()

@@ -1,7 +1,9 @@
 #include "gui/key_focus.h"
 #include "support/testmain.h"
 
+#include <QComboBox>
 #include <QProxyStyle>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace {
@@ -151,12 +153,27 @@ private slots:
         }
     }
 
+    void whatIsWorkedIsLeftToItsStyle_data()
+    {
+        QTest::addColumn<QWidget *>("worked");
+        QTest::newRow("button") << static_cast<QWidget *>(new QPushButton);
+        QTest::newRow("list") << static_cast<QWidget *>(new QComboBox);
+        QTest::newRow("field") << static_cast<QWidget *>(new QLineEdit);
+        QTest::newRow("area that scrolls") << static_cast<QWidget *>(new QScrollArea);
+    }
     void whatIsWorkedIsLeftToItsStyle()
     {
+        QFETCH(QWidget *, worked);
+        worked->setFocusPolicy(Qt::StrongFocus);
+        window->layout()->addWidget(worked);
+        worked->show();
         QTest::keyClick(button, Qt::Key_Tab);
-        field->setFocus(Qt::TabFocusReason);
-        QVERIFY(field->hasFocus());
-        QVERIFY(!field->property("KeyFocus").isValid() && !button->property("KeyFocus").isValid());
+        QVERIFY(isMarked(text));
+
+        worked->setFocus();
+
+        QVERIFY(worked->hasFocus());
+        QVERIFY(!worked->property("KeyFocus").isValid());
     }
 
 private:

@@ -8,6 +8,27 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <functional>
+
+namespace {
+
+class OnHide : public QObject {
+public:
+    explicit OnHide(std::function<void()> what) : what(std::move(what)) { }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Hide)
+            what();
+        return false;
+    }
+
+private:
+    const std::function<void()> what;
+};
+
+} // namespace
+
 // The three entries of a PIN page as one form: what they take, when they can be sent, and what they are left like.
 class TestPinFieldsForm : public QObject {
     Q_OBJECT
@@ -88,6 +109,23 @@ private slots:
                 QCOMPARE(hints()[i]->styleSheet(), QString(" color:#2B9EEB;"));
             }
         }
+    }
+
+    void buttonIsOffWhileTheEntriesAreLookedAt()
+    {
+        enter("12345678", "1234", "1234");
+        form.send->setEnabled(true);
+        QList<bool> atEachHint;
+        OnHide watch([&] { atEachHint << form.send->isEnabled(); });
+        for (QLabel *hint : hints()) {
+            hint->show();
+            hint->installEventFilter(&watch);
+        }
+
+        form.check(pukRule, pinRule);
+
+        QCOMPARE(atEachHint, (QList<bool> { false, false, false }));
+        QVERIFY(form.send->isEnabled());
     }
 
     void onlyTheNewPinKeepsItsLookWhileItIsTooShort()

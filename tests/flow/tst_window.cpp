@@ -5,11 +5,13 @@
 #include "base/settings.h"
 #include "gui/anim_widget.h"
 #include "gui/gui_base.h"
+#include "gui/hover_parameter.h"
 #include "ipc/ipc.h"
 
 #include <QAccessible>
 #include <QIcon>
 #include <QLineEdit>
+#include <QPointer>
 #include <QScreen>
 #include <QStyle>
 #include <QSvgRenderer>
@@ -254,6 +256,59 @@ private slots:
         QVERIFY(log.has("recv from:velmor_monitor, readers:NO_CARD, to:velmor_manager"));
         flow->closeWindow();
         App::instance()->unlock();
+    }
+
+    void drawingStandsForThePhotoInEachTheme_data()
+    {
+        QTest::addColumn<QString>("theme");
+        QTest::addColumn<QByteArray>("place");
+        QTest::addColumn<QString>("file");
+        for (const char *place : { "lPhoto", "lPhotoLarge" }) {
+            QTest::addRow("light, %s", place) << "light" << QByteArray(place) << ":/images/no_photo.svg";
+            QTest::addRow("dark, %s", place) << "dark" << QByteArray(place) << ":/themes/dark/no_photo.svg";
+        }
+    }
+    void drawingStandsForThePhotoInEachTheme()
+    {
+        QFETCH(QString, theme);
+        QFETCH(QByteArray, place);
+        QFETCH(QString, file);
+        Settings::instance()->setValue(SettingsKey::theme, theme);
+        GuiBase::instance()->load();
+        flow->openWindow();
+
+        const QLabel *photo = flow->label(place.constData());
+        const QImage drawing = QIcon(file).pixmap(photo->size()).toImage();
+        QVERIFY(!drawing.isNull());
+        QCOMPARE(photo->pixmap(Qt::ReturnByValue).toImage(), drawing);
+    }
+
+    void settingsPageShowsTheStoredOptions()
+    {
+        Settings::instance()->setValue("hideCheckboxCANRemember", true);
+        Settings::instance()->setValue("useCSPforRSA", false);
+        flow->openWindow();
+        QVERIFY(flow->find<QAbstractButton>("cbCANStorage")->isChecked());
+        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
+
+        flow->find<QAbstractButton>("cbCSPChoose")->setChecked(true);
+        flow->button("bSettings")->click();
+        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
+        QCOMPARE(flow->title(), QString("Ustawienia"));
+        QVERIFY(flow->widget("bWroc")->isHidden());
+        QVERIFY(flow->widget("bSettings")->isEnabled());
+        Settings::instance()->setValue("hideCheckboxCANRemember", false);
+    }
+
+    void hoverOfTheTilesGoesWithTheWindow()
+    {
+        flow->openWindow();
+        const QPointer<HoverParameter> hover = flow->window->findChild<HoverParameter *>();
+        QVERIFY(hover);
+
+        flow->closeWindow();
+
+        QVERIFY(!hover);
     }
 };
 

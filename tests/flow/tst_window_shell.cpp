@@ -40,23 +40,6 @@ private slots:
         Settings::instance()->setValue("updateInProgress", "");
     }
 
-    void settingsPageShowsTheStoredOptions()
-    {
-        Settings::instance()->setValue("hideCheckboxCANRemember", true);
-        Settings::instance()->setValue("useCSPforRSA", false);
-        flow->openWindow();
-        QVERIFY(flow->find<QAbstractButton>("cbCANStorage")->isChecked());
-        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
-
-        flow->find<QAbstractButton>("cbCSPChoose")->setChecked(true);
-        flow->button("bSettings")->click();
-        QVERIFY(!flow->find<QAbstractButton>("cbCSPChoose")->isChecked());
-        QCOMPARE(flow->title(), QString("Ustawienia"));
-        QVERIFY(flow->widget("bWroc")->isHidden());
-        QVERIFY(flow->widget("bSettings")->isEnabled());
-        Settings::instance()->setValue("hideCheckboxCANRemember", false);
-    }
-
     void standaloneSettingsPageLeavesTheBackButtonAlone()
     {
         QVERIFY(flow->showCard("anna"));

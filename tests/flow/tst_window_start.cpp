@@ -2,13 +2,10 @@
 
 #include "base/settings.h"
 #include "gui/gui_base.h"
-#include "gui/hover_parameter.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
-#include <QIcon>
 #include <QLineEdit>
-#include <QPointer>
 
 // What the window brings along from its construction, before anybody has done anything.
 class TestWindowStart : public QObject {
@@ -51,30 +48,6 @@ private slots:
         flow.reset();
         useTheme("");
     }
-    void drawingStandsForThePhotoInEachTheme_data()
-    {
-        QTest::addColumn<QString>("theme");
-        QTest::addColumn<QByteArray>("place");
-        QTest::addColumn<QString>("file");
-        for (const char *place : { "lPhoto", "lPhotoLarge" }) {
-            QTest::addRow("light, %s", place) << "light" << QByteArray(place) << ":/images/no_photo.svg";
-            QTest::addRow("dark, %s", place) << "dark" << QByteArray(place) << ":/themes/dark/no_photo.svg";
-        }
-    }
-    void drawingStandsForThePhotoInEachTheme()
-    {
-        QFETCH(QString, theme);
-        QFETCH(QByteArray, place);
-        QFETCH(QString, file);
-        useTheme(theme);
-        flow->openWindow();
-
-        const QLabel *photo = flow->label(place.constData());
-        const QImage drawing = QIcon(file).pixmap(photo->size()).toImage();
-        QVERIFY(!drawing.isNull());
-        QCOMPARE(photo->pixmap(Qt::ReturnByValue).toImage(), drawing);
-    }
-
     void linkInATextHasTheColourOfItsTheme_data()
     {
         QTest::addColumn<QString>("theme");
@@ -213,17 +186,6 @@ private slots:
 
             QVERIFY2(!button->isEnabled(), name.constData());
         }
-    }
-
-    void hoverOfTheTilesGoesWithTheWindow()
-    {
-        flow->openWindow();
-        const QPointer<HoverParameter> hover = flow->window->findChild<HoverParameter *>();
-        QVERIFY(hover);
-
-        flow->closeWindow();
-
-        QVERIFY(!hover);
     }
 };
 

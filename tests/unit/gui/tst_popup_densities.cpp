@@ -222,6 +222,25 @@ private slots:
         });
     }
 
+    // In steps narrower than the frame's borders, over all that is near the edge.
+    void aWordThatOnlyTheBordersMakeTooWideWraps()
+    {
+        QFont font("Poppins");
+        font.setPixelSize(14);
+        const QFontMetrics metrics(font);
+        const int screen = QGuiApplication::primaryScreen()->availableGeometry().width();
+        int whole = 0, broken = 0;
+        for (QString word = "/home/"; metrics.horizontalAdvance(word) < screen - 40; word += 'i') {
+            if (metrics.horizontalAdvance(word) < screen - 160)
+                continue;
+            shown({ "", "", word, QSize(), QDialogButtonBox::Close }, [&](Popup &popup) {
+                QVERIFY2(popup.width() <= screen, qPrintable(QString::number(popup.width())));
+                ++(label(popup, "lText")->text().contains(QChar(0x200B)) ? broken : whole);
+            });
+        }
+        QVERIFY2(whole > 0 && broken > 0, qPrintable(QString("%1 whole, %2 broken").arg(whole).arg(broken)));
+    }
+
     void textThatFitsIsLeftAsItIs()
     {
         shown({ "", "", "plik /home/jan/a.txt", QSize(), QDialogButtonBox::Close }, [](Popup &popup) {

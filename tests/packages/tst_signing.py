@@ -136,8 +136,10 @@ class Signing(unittest.TestCase):
             done = sign("programs", self.folder, {**self.keys.environment(), "VELMOR_SIGN_TIMESTAMP": address})
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(asked), 1)
-        told = self.verify(self.folder / "Qt5Svg.dll")
-        self.assertIn("CN=Test stamps", told.stdout + told.stderr)
+        # Of the signer of a stamp not every version of the tool tells.
+        signature = self.folder.parent / "signature"
+        run("osslsigncode", "extract-signature", "-in", self.folder / "Qt5Svg.dll", "-out", signature)
+        self.assertIn(b"Test stamps", signature.read_bytes())
 
     def test_key_that_cannot_be_had_stops_it(self):
         self.lay("Qt5Svg.dll")

@@ -37,9 +37,8 @@ PinsPage::PinsPage(PanelWorld &panelWorld) :
     below->addWidget(restore);
     inside->addLayout(below);
     auto *layout = PanelParts::column(this);
-    layout->addWidget(
-        PanelParts::note("Kody dowodu, który jest w czytniku. Program zauważa zmianę, gdy ponownie "
-                         "włożysz dowód albo użyjesz kodu."));
+    layout->addWidget(PanelParts::note("Kody dowodu, który jest w czytniku. Program zauważa zmianę, gdy ponownie "
+                                       "włożysz dowód albo użyjesz kodu."));
     layout->addWidget(card);
     layout->addStretch();
 

@@ -30,6 +30,11 @@ private:
         return "<a href='file:///" + path.mid(path.startsWith('/') ? 1 : 0) + "' style='color:#2b9eeb;'>" + title
             + "</a>";
     }
+    static void useTheme(const QString &name)
+    {
+        Settings::instance()->setValue(SettingsKey::theme, name);
+        GuiBase::instance()->load();
+    }
 
 private slots:
     void initTestCase() { Flow::setUpApplication(); }
@@ -37,8 +42,7 @@ private slots:
     void cleanup()
     {
         flow.reset();
-        Settings::instance()->setValue(SettingsKey::theme, "");
-        GuiBase::instance()->load();
+        useTheme("");
     }
 
     void windowIsFramelessAndTransparentAroundItsFrame()
@@ -204,8 +208,7 @@ private slots:
         QFETCH(QString, theme);
         QFETCH(QString, label);
         QFETCH(QString, file);
-        Settings::instance()->setValue(SettingsKey::theme, theme);
-        GuiBase::instance()->load();
+        useTheme(theme);
         flow->openWindow();
 
         const QLabel *picture = flow->label(qPrintable(label));
@@ -273,8 +276,7 @@ private slots:
         QFETCH(QString, theme);
         QFETCH(QByteArray, place);
         QFETCH(QString, file);
-        Settings::instance()->setValue(SettingsKey::theme, theme);
-        GuiBase::instance()->load();
+        useTheme(theme);
         flow->openWindow();
 
         const QLabel *photo = flow->label(place.constData());

@@ -14,7 +14,7 @@ namespace {
 
 class OnHide : public QObject {
 public:
-    explicit OnHide(std::function<void()> what) : what(std::move(what)) { }
+    explicit OnHide(std::function<void()> call) : what(std::move(call)) { }
 
     bool eventFilter(QObject *, QEvent *event) override
     {

@@ -45,8 +45,8 @@ CertWidget::~CertWidget() = default;
 void CertWidget::showTexts()
 {
     ui->lOrganizationName->setText(CertificateText::issuer(certificate));
-    ui->lValidFromVal->setText(CertificateText::date(certificate.effectiveDate()));
-    ui->lValidToVal->setText(CertificateText::date(certificate.expiryDate()));
+    ui->lValidFromVal->setText(CertificateText::longDate(certificate.effectiveDate()));
+    ui->lValidToVal->setText(CertificateText::longDate(certificate.expiryDate()));
     ui->lOrganizationName->setAccessibleName(ui->lOrganizationName->text());
     ui->ValidFromFrame->setAccessibleName(ui->lValidFromDesc->text() + ' ' + ui->lValidFromVal->text());
     ui->ValidToFrame->setAccessibleName(ui->lValidToDesc->text() + ' ' + ui->lValidToVal->text());

@@ -30,7 +30,7 @@ Holder holder(const QSslCertificate &certificate)
     return { surname, std::move(names).trimmed() };
 }
 
-QString date(const QDateTime &time)
+QString longDate(const QDateTime &time)
 {
     return QLocale::system().toString(time.toLocalTime().date(), "dd MMMM yyyy");
 }

@@ -22,7 +22,7 @@ struct Holder {
 Holder holder(const QSslCertificate &certificate);
 
 // Like "17 października 2023", in the language and the time zone of the machine; empty for a time that cannot be read.
-QString date(const QDateTime &time);
+QString longDate(const QDateTime &time);
 
 int columns(int cards);
 int rows(int cards);

@@ -10,7 +10,7 @@
 namespace {
 
 // A group, and the labels of the window that are its name, as far as they are shown.
-const QHash<QString, QStringList> &groups()
+const QHash<QString, QStringList> &groupNames()
 {
     static const QHash<QString, QStringList> all {
         { "header", { "lMainTitle", "lSubTitle", "lReaderDesc", "cbReaders" } },
@@ -71,7 +71,7 @@ public:
         if (what != QAccessible::Name || !own.isEmpty())
             return own;
         QStringList parts;
-        for (const QString &name : groups().value(widget()->objectName()))
+        for (const QString &name : groupNames().value(widget()->objectName()))
             parts << spoken(widget()->window()->findChild<QWidget *>(name));
         parts.removeAll(QString());
         return parts.join(", ");
@@ -84,7 +84,7 @@ QAccessibleInterface *interfaceOfPart(const QString &className, QObject *object)
     if (!plain || !object->isWidgetType())
         return nullptr;
     auto *widget = static_cast<QWidget *>(object);
-    if (groups().contains(widget->objectName()))
+    if (groupNames().contains(widget->objectName()))
         return new GroupAccess(widget);
     // A row of text; by itself a frame is told as if it were a window.
     if (widget->focusPolicy() == Qt::TabFocus)

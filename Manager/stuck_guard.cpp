@@ -26,7 +26,7 @@ void StuckGuard::arm()
         std::this_thread::sleep_for(patience);
         if (*over)
             return;
-        TemporaryCertificate::remove();
+        TemporaryCertificate::removeFile();
         Platform::leaveAtOnce(0);
     }).detach();
 }

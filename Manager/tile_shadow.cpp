@@ -7,13 +7,13 @@
 
 namespace {
 
-constexpr int cornerRadius = 12;
+constexpr int tileRadius = 12;
 
 }
 
 void addTileShadow(QWidget *widget, int blur, int offset)
 {
-    auto *shadow = new BoxShadow(widget, cornerRadius);
+    auto *shadow = new BoxShadow(widget, tileRadius);
     shadow->setColor(QColor(186, 187, 188));
     shadow->setBlurRadius(blur);
     shadow->setOffset(offset, offset);

@@ -115,7 +115,7 @@ Window::~Window()
 {
     // The boxes alone: browsers are changed by the user's button, never by the end of the program.
     Integrator::checksClear(ui->layoutChecks);
-    TemporaryCertificate::remove();
+    TemporaryCertificate::removeFile();
     closeTheards();
     // The library's own end, in the deletion of pkcs11, can get stuck as well.
     stuckGuard.arm();

@@ -255,5 +255,5 @@ void Window::clearPerson()
     ui->lNumOfQualifiedCerts->clear();
     ui->labelTitleQualifiedCert->setAccessibleName({});
     ui->tableCert->clear();
-    TemporaryCertificate::remove();
+    TemporaryCertificate::removeFile();
 }

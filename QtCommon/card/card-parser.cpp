@@ -90,11 +90,11 @@ QString textOf(QByteArray bytes)
 bool takeName(const QByteArray &data, int *position, QString *name)
 {
     const int length = lengthAt(data, *position);
-    const int start = *position + 1;
-    if (length < 0 || data.size() < start + length)
+    const int from = *position + 1;
+    if (length < 0 || data.size() < from + length)
         return false;
-    *name = QTextCodec::codecForMib(utf8Mib)->toUnicode(data.constData() + start, length);
-    *position = start + length;
+    *name = QTextCodec::codecForMib(utf8Mib)->toUnicode(data.constData() + from, length);
+    *position = from + length;
     return true;
 }
 

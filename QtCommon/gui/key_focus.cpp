@@ -18,7 +18,7 @@ bool isText(const QWidget *widget)
         && !qobject_cast<const QLineEdit *>(widget) && !qobject_cast<const QAbstractScrollArea *>(widget);
 }
 
-void mark(QWidget *widget, bool shown)
+void showRing(QWidget *widget, bool shown)
 {
     if (widget->property(property).toBool() == shown)
         return;
@@ -48,6 +48,6 @@ bool KeyFocus::eventFilter(QObject *object, QEvent *event)
         return false;
     auto *widget = static_cast<QWidget *>(object);
     if (isText(widget))
-        mark(widget, type == QEvent::FocusIn && tabbed);
+        showRing(widget, type == QEvent::FocusIn && tabbed);
     return false;
 }

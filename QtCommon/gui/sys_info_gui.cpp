@@ -11,12 +11,12 @@ namespace {
 constexpr qreal designDotsPerInch = 96.0;
 constexpr char lineBreak[] = "<br>";
 
-QString number(qreal value)
+QString threeDigits(qreal value)
 {
     return QString::number(value, 'g', 3);
 }
 
-QString link(const char *action, const QString &word)
+QString actionLink(const char *action, const QString &word)
 {
     return QString("&nbsp;&nbsp;<a href='%1'>[").arg(action) + word + "]</a>";
 }
@@ -42,8 +42,8 @@ QString SysInfoGui::screensSection(const QVector<Screen> &screens)
     QStringList entries;
     for (const Screen &screen : screens)
         entries << entry.arg(QString::number(entries.size() + 1), QString::number(screen.size.width()),
-                             QString::number(screen.size.height()), number(screen.dotsPerInch / designDotsPerInch),
-                             number(screen.pixelRatio));
+                             QString::number(screen.size.height()), threeDigits(screen.dotsPerInch / designDotsPerInch),
+                             threeDigits(screen.pixelRatio));
     return "\n\n" + tr("Monitory") + ":\n" + entries.join(lineBreak);
 }
 
@@ -54,14 +54,14 @@ QString SysInfoGui::richText(const QString &report, const QString &screens, cons
     text.replace("{screens}", screens);
     text.replace('\n', lineBreak);
     if (text.contains(SysInfo::logsInactive())) {
-        text.replace(SysInfo::logsInactive(), SysInfo::logsInactive() + link(createFolder, tr("Aktywuj")));
+        text.replace(SysInfo::logsInactive(), SysInfo::logsInactive() + actionLink(createFolder, tr("Aktywuj")));
     } else if (text.contains(SysInfo::logsActive())) {
         const QString folder = logsDir.toHtmlEscaped();
-        text.replace(folder, folder + link(openFolder, tr("Otwórz")));
+        text.replace(folder, folder + actionLink(openFolder, tr("Otwórz")));
     }
     const QString heading = SysInfo::configHeading();
     if (text.contains(heading) && !text.contains(heading + lineBreak + SysInfo::none() + lineBreak))
-        text.replace(heading, heading + link(clearConfig, tr("Wyczyść")));
+        text.replace(heading, heading + actionLink(clearConfig, tr("Wyczyść")));
     return text.replace("Architektura", tr("Architektura"));
 }
 

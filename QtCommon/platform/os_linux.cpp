@@ -87,7 +87,7 @@ bool OsLinux::certOpen(const QByteArray &der)
     if (der.isNull())
         return false;
     const QString path = TemporaryCertificate::path();
-    TemporaryCertificate::remove();
+    TemporaryCertificate::removeFile();
     if (!createPrivateFile(path) || !writeFileBytes(path, der))
         return false;
     for (const Viewer &viewer : viewers) {

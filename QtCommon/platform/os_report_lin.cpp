@@ -22,7 +22,7 @@ QStringList OsLinux::cardSoftware()
 
 QStringList OsLinux::readerDevices()
 {
-    return UsbReaders::names(UsbReaders::systemFolder);
+    return UsbReaders::namesIn(UsbReaders::systemFolder);
 }
 
 QString OsLinux::signatureAppVersion(int bits)

@@ -33,7 +33,7 @@ bool OsWin::certOpen(const QByteArray &der)
     if (der.isNull())
         return false;
     const QString path = TemporaryCertificate::path();
-    TemporaryCertificate::remove();
+    TemporaryCertificate::removeFile();
     writeFileBytes(path, der);
     // The path belongs to the line of rundll32, not to cmd: two arguments, not three.
     const QStringList args { "/c", "rundll32.exe cryptext.dll,CryptExtOpenCER " + path };

@@ -10,7 +10,7 @@ QString path()
     return QDir::tempPath() + QDir::separator() + "cert." + "cer";
 }
 
-void remove()
+void removeFile()
 {
     QFile::remove(path());
 }

@@ -7,6 +7,6 @@
 namespace TemporaryCertificate {
 
 QString path();
-void remove();
+void removeFile();
 
 } // namespace TemporaryCertificate

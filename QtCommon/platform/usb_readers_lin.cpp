@@ -28,7 +28,7 @@ QString deviceName(const QString &device)
 
 namespace UsbReaders {
 
-QStringList names(const QString &usbDevices)
+QStringList namesIn(const QString &usbDevices)
 {
     QStringList result;
     const QDir folder(usbDevices);

@@ -9,6 +9,6 @@ namespace UsbReaders {
 constexpr char systemFolder[] = "/sys/bus/usb/devices";
 
 // Names of maker and product, or the numbers of both where the device tells no name; sorted, without duplicates.
-QStringList names(const QString &usbDevices);
+QStringList namesIn(const QString &usbDevices);
 
 } // namespace UsbReaders

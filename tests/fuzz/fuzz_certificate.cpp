@@ -66,7 +66,7 @@ void checkTips(const QString &name)
 void checkDate(const QDateTime &time, const ASN1_TIME *expected)
 {
     static const QRegularExpression form("\\A(\\d\\d) \\w+ (\\d+)\\z", QRegularExpression::UseUnicodePropertiesOption);
-    const QString text = CertificateText::date(time);
+    const QString text = CertificateText::longDate(time);
     require(text.size() <= longestDate, "a date without end");
     require(text.isEmpty() == !time.isValid(), "a date for a time that is none");
     tm parts = {};

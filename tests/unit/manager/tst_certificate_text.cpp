@@ -113,7 +113,7 @@ private slots:
     void dateIsThatOfTheMachinesTimeZone()
     {
         QFETCH(QDateTime, time);
-        QTEST(CertificateText::date(time), "shown");
+        QTEST(CertificateText::longDate(time), "shown");
     }
 
     void cardsStandTwoBesideEachOther_data()

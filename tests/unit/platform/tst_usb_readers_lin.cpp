@@ -29,7 +29,7 @@ private:
         QVERIFY(writeFileBytes(folder->filePath("pci/" + entry + '/' + name), content));
     }
     QString bus() const { return folder->filePath("bus"); }
-    QStringList names() const { return UsbReaders::names(bus()); }
+    QStringList names() const { return UsbReaders::namesIn(bus()); }
 
 private slots:
     void init() { folder = std::make_unique<QTemporaryDir>(); }
@@ -96,7 +96,7 @@ private slots:
     void systemWithoutReadersGivesNone()
     {
         QCOMPARE(names(), QStringList());
-        QCOMPARE(UsbReaders::names(folder->filePath("none")), QStringList());
+        QCOMPARE(UsbReaders::namesIn(folder->filePath("none")), QStringList());
     }
 
     void deviceThatVanishesMeanwhileIsLeftOut()

@@ -1,5 +1,4 @@
 #include "pin_fields.h"
-#include "pin_texts.h"
 #include "support/pin_flow.h"
 
 // The answers of the card to a PIN operation, as the window shows them: result page, hints, what stays in the fields,
@@ -10,9 +9,8 @@ class TestWindowPinResults : public QObject {
 private:
     std::unique_ptr<PinFlow> flow;
 
-    void resultPageIs(const QString &title, const QString &text, PinTexts::Colour kind)
+    void resultPageIs(const QString &title, const QString &text, const QString &colour)
     {
-        const QString colour = PinTexts::colourValue(kind);
         QCOMPARE(flow->page(), QString("pageCorrectChange"));
         QVERIFY(!flow->loaderShown());
         QCOMPARE(flow->title(), title);
@@ -40,33 +38,28 @@ private slots:
     }
     void cleanup() { flow.reset(); }
 
-    // One code a kind; the words of each stand in tst_pin_texts.
     void resultOfAChange_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<bool>("emptied");
-        QTest::newRow("success") << 0 << true;
-        QTest::newRow("error") << -9 << false;
-        QTest::newRow("neutral") << -8 << false;
-        QTest::newRow("wrong PIN") << -6 << true;
+        QTest::addColumn<PinResult>("result");
+        for (const PinResult &row : pin_results::ofAChange)
+            QTest::newRow(row.name) << row;
     }
     void resultOfAChange()
     {
-        QFETCH(int, code);
-        QFETCH(bool, emptied);
-        const PinTexts::Outcome &outcome = *PinTexts::changeOutcome(code);
+        QFETCH(PinResult, result);
         flow->openPinPage(sim::Qualified);
         flow->typeChange("12345678", "48261537", "48261537");
         tell("Zmień PIN", 2, 3);
         flow->readersBox()->setEnabled(true);
         LogCatcher catcher;
 
-        flow->window->changePinFin(code);
+        flow->window->changePinFin(result.code);
 
-        resultPageIs("Zmiana PIN-u", outcome.text, outcome.colour);
-        QVERIFY(catcher.lines().contains("Change pin status:  " + QString::number(code)));
-        QVERIFY(catcher.has(outcome.log));
-        // What was typed stays in the hidden fields until the next visit, but for the first two.
+        resultPageIs("Zmiana PIN-u", result.text, result.colour);
+        QVERIFY(catcher.lines().contains("Change pin status:  " + QString::number(result.code)));
+        QVERIFY(catcher.lines().contains(result.log));
+        // What was typed stays in the hidden fields until the next visit, unless it was taken or told as a wrong PIN.
+        const bool emptied = result.code == 0 || result.code == -6 || result.code == -1;
         for (const char *name : { "lineActualPin", "lineNewPin", "lineRepeatPin" })
             QCOMPARE(flow->field(name)->text().isEmpty(), emptied);
         flow->click("bWrocPin");
@@ -164,21 +157,17 @@ private slots:
 
     void resultOfAnUnblock_data()
     {
-        QTest::addColumn<int>("code");
+        QTest::addColumn<PinResult>("result");
         QTest::addColumn<bool>("firstPin");
-        for (const bool firstPin : { false, true }) {
-            const char *operation = firstPin ? "first PIN" : "unblock";
-            QTest::addRow("%s, success", operation) << 0 << firstPin;
-            QTest::addRow("%s, error", operation) << -9 << firstPin;
-            QTest::addRow("%s, neutral", operation) << -11 << firstPin;
-            QTest::addRow("%s, wrong PUK", operation) << -4 << firstPin;
+        for (const PinResult &row : pin_results::ofAnUnblock) {
+            QTest::addRow("unblock, %s", row.name) << row << false;
+            QTest::addRow("first PIN, %s", row.name) << row << true;
         }
     }
     void resultOfAnUnblock()
     {
-        QFETCH(int, code);
+        QFETCH(PinResult, result);
         QFETCH(bool, firstPin);
-        const PinTexts::Outcome &outcome = *PinTexts::unblockOutcome(code);
         tell(firstPin ? "Nadaj PIN" : "Odblokuj PIN", firstPin ? 4 : 0, 3);
         flow->openPinPage(sim::Qualified);
         flow->typeUnblock(PinFlow::puk, "48261537", "48261537");
@@ -186,15 +175,15 @@ private slots:
         flow->readersBox()->setEnabled(true);
         LogCatcher catcher;
 
-        flow->window->unblockPinFin(code);
+        flow->window->unblockPinFin(result.code);
 
         // The result page's titles end in a blank.
         resultPageIs(firstPin ? "Nadawanie PIN-u " : "Odblokowanie PIN-u ",
-                     firstPin ? outcome.firstPinText : outcome.text, outcome.colour);
-        QVERIFY(catcher.lines().contains("unblock Pin fin code:  " + QString::number(code)));
-        QVERIFY(catcher.has(outcome.log));
+                     firstPin ? result.firstPinText : result.text, result.colour);
+        QVERIFY(catcher.lines().contains("unblock Pin fin code:  " + QString::number(result.code)));
+        QVERIFY(catcher.lines().contains(result.log));
         for (const char *name : { "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" })
-            QCOMPARE(flow->field(name)->text().isEmpty(), code == 0);
+            QCOMPARE(flow->field(name)->text().isEmpty(), result.code == 0);
         for (const char *tries : { "lTryNumDescPUK", "lTryNumDescPUKpinpad" })
             QCOMPARE(flow->label(tries)->text(), QString("Pozostało prób: 2"));
     }
@@ -205,11 +194,11 @@ private slots:
         tell("Nadaj PIN", 4, 3);
         flow->openPinPage(sim::Qualified);
         flow->window->unblockPinFin(-8);
-        resultPageIs("Nadawanie PIN-u ", "Nadawanie PIN-u anulowane", PinTexts::Colour::Neutral);
+        resultPageIs("Nadawanie PIN-u ", "Nadawanie PIN-u anulowane", pin_results::blue);
 
         flow->window->unblockPinFin(-8);
 
-        resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", PinTexts::Colour::Neutral);
+        resultPageIs("Odblokowanie PIN-u ", "Odblokowanie PIN-u anulowane", pin_results::blue);
     }
 
     void successMarksThePukAsGoodWhereverTheUserIs()

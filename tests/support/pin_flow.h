@@ -1,8 +1,8 @@
 #pragma once
 
 #include "card/card_results.h"
-#include "pin_texts.h"
 #include "support/flow.h"
+#include "support/pin_results.h"
 
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -89,21 +89,21 @@ public:
         return done;
     }
 
-    // The result page tells of this result; its words stand in tst_pin_texts.
-    bool showsChange(int result) const
+    // The result page tells of this result.
+    bool showsChange(int code) const
     {
-        const PinTexts::Outcome *outcome = PinTexts::changeOutcome(result);
-        return showsResult(outcome->text, outcome->colour);
+        const PinResult &result = pin_results::find(pin_results::ofAChange, code);
+        return showsResult(result.text, result.colour);
     }
-    bool showsUnblock(int result) const
+    bool showsUnblock(int code) const
     {
-        const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(result);
-        return showsResult(outcome->text, outcome->colour);
+        const PinResult &result = pin_results::find(pin_results::ofAnUnblock, code);
+        return showsResult(result.text, result.colour);
     }
-    bool showsFirstPin(int result) const
+    bool showsFirstPin(int code) const
     {
-        const PinTexts::Outcome *outcome = PinTexts::unblockOutcome(result);
-        return showsResult(outcome->firstPinText, outcome->colour);
+        const PinResult &result = pin_results::find(pin_results::ofAnUnblock, code);
+        return showsResult(result.firstPinText, result.colour);
     }
 
     QString resultText() const { return label("lPinChanged")->text(); }
@@ -131,9 +131,9 @@ public:
     }
 
 private:
-    bool showsResult(const QString &text, PinTexts::Colour colour) const
+    bool showsResult(const QString &text, const QString &colour) const
     {
-        return resultText() == text && resultStyle().contains(PinTexts::colourValue(colour));
+        return resultText() == text && resultStyle().contains(colour);
     }
 
     static constexpr const char *readerName = "Czytnik Alfa";

@@ -1,5 +1,6 @@
 #include "pin_texts.h"
 
+#include "support/pin_results.h"
 #include "support/testmain.h"
 
 using namespace PinTexts;
@@ -9,83 +10,35 @@ class TestPinTexts : public QObject {
     Q_OBJECT
 
 private:
-    static constexpr char red[] = "#EA0449", green[] = "#6EBB6E", blue[] = "#2B9EEB";
-
-    struct Row {
-        const char *name;
-        int code;
-        const char *colour;
-        const char *log;
-        const char *text;
-        const char *firstPinText = nullptr;
-    };
-
-    static void columns()
-    {
-        QTest::addColumn<int>("code");
-        for (const char *column : { "colour", "log", "text", "firstPinText" })
-            QTest::addColumn<QString>(column);
-    }
     template <std::size_t N>
-    static void add(const Row (&rows)[N])
+    static void add(const PinResult (&rows)[N])
     {
-        for (const Row &row : rows)
-            QTest::newRow(row.name) << row.code << QString(row.colour) << QString(row.log) << QString(row.text)
-                                    << QString(row.firstPinText);
+        QTest::addColumn<PinResult>("result");
+        for (const PinResult &row : rows)
+            QTest::newRow(row.name) << row;
     }
-    static void compare(const Outcome *outcome)
+    static void compare(const Outcome *outcome, const PinResult &result)
     {
         QVERIFY(outcome);
-        QTEST(colourValue(outcome->colour), "colour");
-        QTEST(QString(outcome->log), "log");
-        QTEST(QString(outcome->text), "text");
-        QTEST(QString(outcome->firstPinText), "firstPinText");
+        QCOMPARE(colourValue(outcome->colour), QString(result.colour));
+        QCOMPARE(outcome->log, result.log);
+        QCOMPARE(outcome->text, result.text);
+        QCOMPARE(outcome->firstPinText, result.firstPinText);
     }
 
 private slots:
-    void resultsOfAChange_data()
-    {
-        columns();
-        const char *wrongPin = "Niepoprawna zmiana PIN-u.\nNiepoprawny aktualny PIN";
-        const Row rows[] = {
-            { "done", 0, green, "Pin changed correctly", "PIN został zmieniony" },
-            { "aborted", -11, red, "changePinFin() -- Operation rejected", "Zmiana PIN-u przerwana" },
-            { "PINs differ", -9, red, "changePinFin() -- Pins Don't Match", "Podane PINy różnią się" },
-            { "cancelled", -8, blue, "changePinFin() -- Operation canceled", "Zmiana PIN-u anulowana" },
-            { "wrong PIN", -6, red, "changePinFin() -- Incorrect Actual Pin", wrongPin },
-            { "other failure", -1, red, "changePinFin() -- Incorrect Actual Pin", wrongPin },
-        };
-        add(rows);
-    }
+    void resultsOfAChange_data() { add(pin_results::ofAChange); }
     void resultsOfAChange()
     {
-        QFETCH(int, code);
-        compare(changeOutcome(code));
+        QFETCH(PinResult, result);
+        compare(changeOutcome(result.code), result);
     }
 
-    void resultsOfAnUnblock_data()
-    {
-        columns();
-        const char *wrong = "Niepoprawne odblokowanie PIN-u.\nNiepoprawny PUK.";
-        const char *wrongFirst = "Niepoprawne nadanie PIN-u.\nNiepoprawny PUK.";
-        const Row rows[] = {
-            { "done", 0, green, "unblockPinFin() -- PIN unblocked correctly", "PIN został odblokowany",
-              "PIN został nadany" },
-            { "aborted", -11, blue, "unblockPinFin() -- Operation rejected", "Odblokowanie PIN-u anulowane",
-              "Kontener został aktywowany.\nNadawanie PIN-u przerwane.\nOdblokuj PIN ponownie." },
-            { "PINs differ", -9, red, "unblockPinFin() -- Pins Don't Match", "Podane PINy różnią się",
-              "Podane PINy różnią się" },
-            { "cancelled", -8, blue, "unblockPinFin() -- Operation canceled", "Odblokowanie PIN-u anulowane",
-              "Nadawanie PIN-u anulowane" },
-            { "wrong PUK", -4, red, "unblockPinFin() -- Incorrect PUK", wrong, wrongFirst },
-            { "other failure", -1, red, "unblockPinFin() -- Incorrect PUK", wrong, wrongFirst },
-        };
-        add(rows);
-    }
+    void resultsOfAnUnblock_data() { add(pin_results::ofAnUnblock); }
     void resultsOfAnUnblock()
     {
-        QFETCH(int, code);
-        compare(unblockOutcome(code));
+        QFETCH(PinResult, result);
+        compare(unblockOutcome(result.code), result);
     }
 
     void codesOfTheOtherOperationShowNothing_data()
@@ -148,13 +101,13 @@ private slots:
                              "Zmień PIN",           "Nowy PIN",
                              "Powtórz nowy PIN",    "2. Podaj nowy PIN",
                              "3. Powtórz nowy PIN", "Odblokowywanie PIN-u \n Proszę czekać" }
-            << red << 2;
+            << pin_results::red << 2;
         QTest::newRow("first PIN")
             << true << QStringList { "Nadawanie PIN-u", "Twój dowód nie ma nadanego PIN-u. Wpisz PUK i nadaj PIN.",
                                      "Nadaj PIN",       "PIN",
                                      "Powtórz PIN",     "2. Podaj PIN",
                                      "3. Powtórz PIN",  "Nadawanie PIN-u \n Proszę czekać" }
-            << blue << 3;
+            << pin_results::blue << 3;
     }
     void pageForThePukHasTwoSetsOfWords()
     {

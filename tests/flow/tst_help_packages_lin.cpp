@@ -25,15 +25,19 @@ private slots:
     void installedProgramsAreToldUnderTheirHeadings()
     {
         FakeDpkg dpkg;
-        dpkg.setOutput("ii \tfirefox-esr\t115.3\tamd64\tMozilla Firefox\n"
+        dpkg.setOutput("ii \tchromium\t120\ti386\tweb browser\n"
+                       "ii \tfirefox-esr\t115.3\tamd64\tMozilla Firefox\n"
                        "ii \topensc\t0.23\tamd64\tSmart card utilities\n"
-                       "ii \tpcscd\t1.9\tamd64\tMiddleware to access a smart card\n");
+                       "ii \tpcscd\t1.9\tamd64\tMiddleware to access a smart card\n"
+                       "ii \tomnikey-driver\t2.1\tamd64\tDriver of a chipcard reader\n"
+                       "ii \txca\t2.4\tamd64\tcertification authority\n");
 
         flow->window->moveToHelpPage();
 
-        QVERIFY(report()->toPlainText().contains("\n\nPrzeglądarki: \nFirefox ESR: 115.3\n\n"
-                                                 "Programy/sterowniki do obsługi kart: \nopensc Ver: 0.23\n"
-                                                 "pcscd Ver: 1.9\n\nCzytniki w systemie: \n"));
+        QVERIFY(report()->toPlainText().contains("\n\nPrzeglądarki: \nChromium (32-bit): 120\nFirefox ESR: 115.3\n\n"
+                                                 "Programy/sterowniki do obsługi kart: \nomnikey-driver Ver: 2.1\n"
+                                                 "opensc Ver: 0.23\npcscd Ver: 1.9\nxca Ver: 2.4\n\n"
+                                                 "Czytniki w systemie: \n"));
         QCOMPARE(dpkg.timesAsked(), 1);
     }
 

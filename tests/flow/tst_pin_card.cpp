@@ -37,6 +37,7 @@ private:
         const QString fresh = PinFlow::container(name).newPin;
         flow->openPinPage(name);
         QCOMPARE(flow->page(), QString("pageUnblockPin"));
+        QCOMPARE(flow->field("lineInsertPuk")->text(), QString());
         flow->typeUnblock(puk, fresh, fresh);
         flow->world.clearTrace();
         flow->click("bChangePinPuk");

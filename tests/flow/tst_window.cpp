@@ -9,6 +9,7 @@
 #include "ipc/ipc.h"
 
 #include <QAccessible>
+#include <QFontDatabase>
 #include <QIcon>
 #include <QLineEdit>
 #include <QPointer>
@@ -84,6 +85,14 @@ private slots:
         QCOMPARE(flow->widget("mainFrame")->styleSheet(), style);
     }
 
+    void fontAndWordsOfTheToolkitAreItsOwn()
+    {
+        flow->openWindow();
+
+        QVERIFY(QFontDatabase().families().contains("Poppins"));
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Close"), QString("Zamknij"));
+    }
+
     void windowHasTheIconOfTheProgram()
     {
         flow->openWindow();
@@ -110,6 +119,7 @@ private slots:
 
         // There is none in the tree of the tests.
         QCOMPARE(log.count("runApp(), application: *monitor not found"), 1);
+        QCOMPARE(log.count("Application velmor_monitor could not be found"), 1);
         QCOMPARE(log.count("Checking for Kzr update"), 1);
     }
 
@@ -153,16 +163,6 @@ private slots:
             if (label->buddy() == field)
                 QVERIFY(label->isHidden());
         }
-    }
-
-    void titleMakesRoomForASubtitle()
-    {
-        QVERIFY(flow->showCard("anna"));
-        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
-
-        flow->button("bArrowAuthenCert")->click();
-
-        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
     }
 
     // Drawn anew from their files, at the size that the form gives them.

@@ -50,6 +50,8 @@ private slots:
 
         QCOMPARE(data.count(), 1);
         QCOMPARE(data.first().first().toString(), QString("Czytnik Alfa"));
+        for (const QString &told : { flow->label("loadingDesc")->text(), flow->label("loadingDesc")->accessibleName() })
+            QCOMPARE(told, QString("Trwa odczyt danych ICAO"));
         QCOMPARE(flow->page(), QString("pageHome"));
     }
 
@@ -97,6 +99,23 @@ private slots:
 
         QVERIFY(!photoIsAwaited());
         QVERIFY(flow->widget("widgetBlurICAO")->accessibleName().isEmpty());
+    }
+
+    void namesComeFromTheCertificateWhereTheCardGivesNone()
+    {
+        QVERIFY(flow->showCard("no-dg13"));
+
+        const QString holder = QString::fromStdString(flow->world.card("no-dg13")->holder);
+        QCOMPARE(flow->label("lCommonNameVal")->text() + ' ' + flow->label("lsurnameVal")->text(), holder);
+    }
+
+    void longSurnameIsCutWhereverItComesFrom()
+    {
+        QVERIFY(flow->showCard("long-names"));
+
+        const QLabel *surname = flow->label("lsurnameVal");
+        QVERIFY2(surname->text().endsWith("..."), qPrintable(surname->text()));
+        QVERIFY(surname->toolTip().startsWith(surname->text().chopped(3)));
     }
 
     void certificateThatCannotBeReadGivesNoNames()
@@ -155,14 +174,59 @@ private slots:
         flow->window->moveToAllDataPage();
         flow->window->moveToHomePage();
         QVERIFY(!photo("lPhotoLarge").isNull());
+        QVERIFY(!photoIsAwaited());
         QCOMPARE(flow->label("lNumOfQualifiedCerts")->text(), QString("1"));
 
         flow->window->loadAll();
 
+        QCOMPARE(flow->label("loadingDesc")->text(), QString("Trwa łączenie z czytnikami"));
+        QVERIFY(!flow->widget("authenticationCert")->isEnabled());
         for (const char *place : { "lPhoto", "lPhotoLarge" })
             QVERIFY2(photo(place).isNull(), place);
         QCOMPARE(flow->label("lNumOfQualifiedCerts")->text(), QString());
         QCOMPARE(flow->label("labelTitleQualifiedCert")->accessibleName(), QString());
+    }
+
+    // Its name makes the box read like a sentence about a missing reader, and nothing else.
+    void readerWithBrakInItsNameShowsItsCardAndForgetsIt()
+    {
+        const QString name = "Czytnik BRAKnet 2";
+        QVERIFY(flow->showCard("anna", name.toStdString()));
+        QCOMPARE(flow->page(), QString("pageHome"));
+        QCOMPARE(flow->label("lsurnameVal")->text(), QString("Wiśniewska"));
+        QVERIFY(!photo("lPhoto").isNull());
+        QCOMPARE(flow->readersBox()->currentText(), name);
+
+        flow->window->loadedReaders({}, "NO_CARD");
+
+        QCOMPARE(flow->label("lsurnameVal")->text(), QString());
+        QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
+    }
+
+    void readersWithoutACardAreNotListed()
+    {
+        flow->world.addReader("Czytnik Zulu", false);
+        QVERIFY(flow->showCard("anna"));
+        QSignalSpy asked(flow->window.get(), &Window::getReaders);
+
+        flow->window->loadAll();
+
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(asked.first(), (QVariantList { 1, 256 }));
+        QVERIFY(flow->waitForCard());
+        QCOMPARE(flow->readersBox()->count(), 1);
+    }
+
+    void temporaryCertificateGoesWithItsCard()
+    {
+        QVERIFY(flow->showCard("anna"));
+        QFile file(QDir::tempPath() + "/cert.cer");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+
+        flow->window->loadAll();
+
+        QVERIFY(!file.exists());
     }
 };
 

@@ -273,7 +273,36 @@ private slots:
         flow->window->loadedCertsCount(1, 1, 1, 1);
 
         QCOMPARE(flow->window->focusWidget(), flow->widget("loadingDesc"));
+        QCOMPARE(flow->label("loadingDesc")->accessibleName(), QString("Trwa odczyt danych ICAO"));
         QVERIFY(flow->waitForCard());
+    }
+
+    // The page of the first card is not shown before it is read, and a font is known only to what has been dressed.
+    void longNameOfTheFirstCardIsMeasuredInItsOwnFont()
+    {
+        flow->world.insertCard("Czytnik Alfa", "long-names");
+        flow->openWindow();
+        flow->window->loadAll();
+        QVERIFY(flow->waitForCard());
+        const QString first = flow->label("lsurnameVal")->text();
+        QVERIFY(first.endsWith("..."));
+
+        flow->window->loadAll();
+        QVERIFY(flow->waitForCard());
+
+        QCOMPARE(flow->label("lsurnameVal")->text(), first);
+    }
+
+    void keypadAndChipAreThoseThatTheCardIsReadWith()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->window->loadedConteinersAndICAO("Zmień PIN", "Zmień PIN", "Zmień PIN", 3, 3, 3, 3, true, 4, {}, {}, {},
+                                              {});
+        hideLoader();
+
+        flow->button("bChangePinAuthenCert")->click();
+
+        QCOMPARE(flow->find<QStackedWidget>("pagerPinPadOrApp")->currentWidget(), flow->widget("pagePinPad"));
     }
 
     void longNamesFromTheCertificateAreCutToo()

@@ -149,6 +149,24 @@ private slots:
                  QString("border-style: none;\nborder-radius:10px;padding: 10px;font-size: 16px;font-family: Poppins;"
                          "background: rgba(212, 214, 215, 70%);"));
     }
+
+    // Whichever of them is filled in last.
+    void buttonOfThePinPageIsToldOfEachField()
+    {
+        QVERIFY(flow->showCard("anna"));
+        flow->window->chooseAuthenticationCertPIN();
+        for (const QByteArray name :
+             { "lineActualPin", "lineNewPin", "lineRepeatPin", "lineInsertPuk", "lineNewPinPuk", "lineRepeatPinPuk" }) {
+            const bool unblocking = name.endsWith("Puk");
+            QPushButton *button = flow->button(unblocking ? "bChangePinPuk" : "bChangePin");
+            button->setEnabled(true);
+            QVERIFY2(button->isEnabled(), name.constData());
+
+            emit flow->find<QLineEdit>(name.constData())->textEdited({});
+
+            QVERIFY2(!button->isEnabled(), name.constData());
+        }
+    }
 };
 
 VELMOR_TEST(TestWindowPinEntryChecks)

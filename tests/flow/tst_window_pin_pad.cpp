@@ -1,3 +1,4 @@
+#include "support/armed_timers.h"
 #include "support/pin_flow.h"
 
 #include <QElapsedTimer>
@@ -159,7 +160,7 @@ private slots:
         clock.start();
         LogCatcher log;
 
-        flow->openPinPage(sim::Authorization);
+        QCOMPARE(waitsArmedBy([this] { flow->openPinPage(sim::Authorization); }), QList<int> { 1000 });
 
         QCOMPARE(flow->page(), QString("pageUnblockPin"));
         QCOMPARE(shownIn("pagerPinOrPinPadPuk"), flow->widget("pagePinPadUnblock"));

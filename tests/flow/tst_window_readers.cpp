@@ -3,6 +3,7 @@
 #include "app/app_lock.h"
 
 #include <QDir>
+#include <QLineEdit>
 #include <QTableWidget>
 
 // Reader lists and the reading of a card, on the real window and the simulated library.
@@ -164,6 +165,7 @@ private slots:
         QVERIFY(flow->showCard("anna"));
         QVERIFY(!flow->label("lsurnameVal")->text().isEmpty());
         const QImage photo = flow->label("lPhoto")->pixmap(Qt::ReturnByValue).toImage();
+        flow->find<QLineEdit>("lineActualPin")->setText("1234");
         flow->label("lnameVal_2")->setText("Anna");
         flow->label("lnameVal_2")->setToolTip("Anna");
         flow->widget("nameFrame_2")->setAccessibleName("Imiona: Anna");
@@ -179,6 +181,7 @@ private slots:
             QCOMPARE(flow->label(name)->text(), QString());
             QCOMPARE(flow->label(name)->toolTip(), QString());
         }
+        QCOMPARE(flow->find<QLineEdit>("lineActualPin")->text(), QString());
         QCOMPARE(flow->widget("nameFrame_2")->accessibleName(), QString());
         QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
         for (const char *name : { "lPhoto", "lPhotoLarge" }) {
@@ -204,6 +207,7 @@ private slots:
         QCOMPARE(readers.count(), 0);
         QCOMPARE(select.count(), 1);
         QVERIFY(flow->loaderShown());
+        QVERIFY(!flow->readersBox()->isHidden());
     }
 
     void sameListAgainDoesNotReadTheCardAgain()
@@ -340,22 +344,6 @@ private slots:
         QVERIFY(flow->showCard("anna"));
 
         QTEST(!flow->widget("warningFrame")->isHidden(), "shown");
-    }
-
-    // Its name makes the box read like a sentence about a missing reader, and nothing else.
-    void readerWithBrakInItsNameShowsItsCardAndForgetsIt()
-    {
-        const QString name = "Czytnik BRAKnet 2";
-        QVERIFY(flow->showCard("anna", name.toStdString()));
-        QCOMPARE(flow->page(), QString("pageHome"));
-        QCOMPARE(flow->label("lsurnameVal")->text(), QString("Wiśniewska"));
-        QVERIFY(flow->photoArrived());
-        QCOMPARE(flow->readersBox()->currentText(), name);
-
-        flow->window->loadedReaders({}, "NO_CARD");
-
-        QCOMPARE(flow->label("lsurnameVal")->text(), QString());
-        QCOMPARE(flow->widget("widgetBlurICAO")->accessibleName(), QString());
     }
 
 private:

@@ -56,6 +56,10 @@ private slots:
         flow->openWindow();
         openSettings();
         const int count = browsers().size();
+        QCOMPARE(browsers().first()->text(), QString("Przeglądarce Firefox"));
+        QCOMPARE(browsers().first()->objectName(), QString("Firefox"));
+        QCOMPARE(browsers().first()->cursor().shape(), Qt::PointingHandCursor);
+        QCOMPARE(flow->widget("lDesc2")->nextInFocusChain(), browsers().first());
         for (QCheckBox *box : QList<QCheckBox *> { check("cbCANStorage"), check("cbCSPChoose") } + browsers())
             box->setChecked(true);
 
@@ -78,6 +82,8 @@ private slots:
         openSettings();
 
         QCOMPARE(browsers().size(), 1);
+        if (Platform::word() == "lin")
+            QCOMPARE(browsers().first()->text(), QString("Przeglądarkach: Chrome, Chromium, Edge"));
         QVERIFY(flow->button("bIntegrate")->isEnabled());
     }
 

@@ -220,17 +220,15 @@ private slots:
         QCOMPARE(frame.width(), 530);
     }
 
-    void destructorRemovesTheTemporaryCertificate()
+    void titleMakesRoomForASubtitle()
     {
-        flow->openWindow();
-        const QString path = QDir::tempPath() + "/cert.cer";
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.close();
+        QVERIFY(flow->showCard("anna"));
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(35, 25, 422, 31));
 
-        flow->closeWindow();
+        flow->button("bArrowAuthenCert")->click();
 
-        QVERIFY(!QFile::exists(path));
+        QCOMPARE(flow->label("lMainTitle")->geometry(), QRect(30, 15, 421, 31));
+        QCOMPARE(flow->label("lSubTitle")->text(), QString("Certyfikat do identyfikacji i uwierzytelniania"));
     }
 };
 

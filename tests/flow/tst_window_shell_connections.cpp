@@ -1,12 +1,9 @@
 #include "support/flow.h"
 
-#include "app/app_lock.h"
-
 #include "support/armed_timers.h"
 #include "support/opened_urls.h"
 
 #include <QDialogButtonBox>
-#include <QGraphicsEffect>
 
 #include <thread>
 
@@ -145,32 +142,6 @@ private slots:
 
             QVERIFY2(arrow.count() == 1, row.tile);
         }
-    }
-
-    void shadowsOfTheButtonsAreSmallAndOnInTheLightTheme()
-    {
-        flow->openWindow();
-        for (const char *name : { "bChangePin", "bCancel", "bChangePinPuk", "bCancel_2", "bWrocPin", "bWrocPuk" }) {
-            auto *shadow = qobject_cast<QGraphicsDropShadowEffect *>(flow->widget(name)->graphicsEffect());
-            QVERIFY2(shadow, name);
-            QCOMPARE(shadow->blurRadius(), 10.0);
-            QCOMPARE(shadow->offset(), QPointF(1, 1));
-            QVERIFY2(shadow->isEnabled(), name);
-        }
-        for (const char *name :
-             { "widgetBlurAuthen", "widgetBlurAuthor", "widgetBlurQualified", "presenceCert", "widgetLargePhoto" })
-            QVERIFY2(flow->widget(name)->graphicsEffect()->isEnabled(), name);
-    }
-
-    void monitorThatRunsIsNotStartedAgain()
-    {
-        CommonAppLock monitor("velmor_monitor", 500);
-        QVERIFY(monitor.lock());
-        LogCatcher log;
-
-        flow->openWindow();
-
-        QCOMPARE(log.count("Monitor is running"), 1);
     }
 
     void windowThatGoesWithoutQuittingStopsItsThread()

@@ -41,6 +41,7 @@ private slots:
     void loaderHidesTheReaderRowWhileReadersAreSearched()
     {
         QVERIFY(flow->showCard("anna"));
+        flow->widget("loading")->resize(900, 300);
 
         flow->window->loadAll();
 

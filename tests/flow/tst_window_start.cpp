@@ -1,10 +1,12 @@
 #include "support/flow.h"
 
+#include "app/app_lock.h"
 #include "base/settings.h"
 #include "gui/gui_base.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
+#include <QGraphicsDropShadowEffect>
 #include <QLineEdit>
 
 // What the window brings along from its construction, before anybody has done anything.
@@ -171,21 +173,111 @@ private slots:
         QVERIFY(field->text().capacity() >= 32);
     }
 
-    // Whichever of them is filled in last.
-    void buttonOfThePinPageIsToldOfEachField()
+    void tilesCarryTheirShadowsAndTheHolderNone_data()
     {
-        QVERIFY(flow->showCard("anna"));
-        flow->window->chooseAuthenticationCertPIN();
-        for (const QByteArray &name : secrets()) {
-            const bool unblocking = name.endsWith("Puk");
-            QPushButton *button = flow->button(unblocking ? "bChangePinPuk" : "bChangePin");
-            button->setEnabled(true);
-            QVERIFY2(button->isEnabled(), name.constData());
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("blur");
+        QTest::addColumn<int>("offset");
+        QTest::newRow("authentication") << "widgetBlurAuthen" << 20 << 1;
+        QTest::newRow("authorization") << "widgetBlurAuthor" << 20 << 1;
+        QTest::newRow("qualified") << "widgetBlurQualified" << 20 << 1;
+        QTest::newRow("presence") << "presenceCert" << 20 << 1;
+        QTest::newRow("large photo") << "widgetLargePhoto" << 40 << 3;
+    }
 
-            emit flow->find<QLineEdit>(name.constData())->textEdited({});
+    void tilesCarryTheirShadowsAndTheHolderNone()
+    {
+        QFETCH(QString, name);
+        flow->openWindow();
+        auto *shadow =
+            qobject_cast<QGraphicsDropShadowEffect *>(flow->widget(name.toLatin1().constData())->graphicsEffect());
 
-            QVERIFY2(!button->isEnabled(), name.constData());
+        QVERIFY(shadow);
+        QCOMPARE(shadow->color(), QColor(186, 187, 188));
+        QTEST(int(shadow->blurRadius()), "blur");
+        QFETCH(int, offset);
+        QCOMPARE(shadow->offset(), QPointF(offset, offset));
+        QVERIFY(!flow->widget("widgetBlurICAO")->graphicsEffect());
+    }
+
+    void shadowsOfTheButtonsAreSmallAndOnInTheLightTheme()
+    {
+        flow->openWindow();
+        for (const char *name : { "bChangePin", "bCancel", "bChangePinPuk", "bCancel_2", "bWrocPin", "bWrocPuk" }) {
+            auto *shadow = qobject_cast<QGraphicsDropShadowEffect *>(flow->widget(name)->graphicsEffect());
+            QVERIFY2(shadow, name);
+            QCOMPARE(shadow->blurRadius(), 10.0);
+            QCOMPARE(shadow->offset(), QPointF(1, 1));
+            QVERIFY2(shadow->isEnabled(), name);
         }
+        for (const char *name :
+             { "widgetBlurAuthen", "widgetBlurAuthor", "widgetBlurQualified", "presenceCert", "widgetLargePhoto" })
+            QVERIFY2(flow->widget(name)->graphicsEffect()->isEnabled(), name);
+    }
+
+    void monitorThatRunsIsNotStartedAgain()
+    {
+        CommonAppLock monitor("velmor_monitor", 500);
+        QVERIFY(monitor.lock());
+        LogCatcher log;
+
+        flow->openWindow();
+
+        QCOMPARE(log.count("Monitor is running"), 1);
+    }
+
+    void destructorRemovesTheTemporaryCertificate()
+    {
+        flow->openWindow();
+        const QString path = QDir::tempPath() + "/cert.cer";
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+
+        flow->closeWindow();
+
+        QVERIFY(!QFile::exists(path));
+    }
+
+    void ringOfAPinFieldIsMarkedAsTheFocusComes()
+    {
+        flow->openWindow();
+        const QWidget *ring = flow->widget("fieldActualPin");
+        QVERIFY(!ring->property("FocusInside").toBool());
+
+        emit qApp->focusChanged(nullptr, flow->widget("lineActualPin"));
+
+        QVERIFY(ring->property("FocusInside").toBool());
+    }
+
+    // This system has TLS.
+    void nothingIsSaidOfTls()
+    {
+        const LogCatcher log;
+
+        flow->openWindow();
+        QCoreApplication::processEvents();
+
+        QVERIFY(!log.has("SSL not supported"));
+    }
+
+    void crossBeginsTheEnd()
+    {
+        flow->openWindow();
+
+        flow->button("bClose")->click();
+
+        QVERIFY(flow->loaderShown());
+        QTRY_VERIFY(!flow->window->isVisible());
+    }
+
+    void errorStandsInItsLine()
+    {
+        flow->openWindow();
+
+        QVERIFY(QMetaObject::invokeMethod(flow->window.get(), "setError", Q_ARG(QString, "Coś poszło nie tak")));
+
+        QCOMPARE(flow->label("lError")->text(), QString("Coś poszło nie tak"));
     }
 };
 

@@ -22,7 +22,8 @@ public:
     void setOutput(const QByteArray &output, int exitCode = 0)
     {
         write("output", output);
-        setScript("cat '" + folder.path().toLocal8Bit() + "/output'\nexit " + QByteArray::number(exitCode));
+        setScript("[ \"$1 $2\" = '--show --showformat' ] || exit 2\ncat '" + folder.path().toLocal8Bit()
+                  + "/output'\nexit " + QByteArray::number(exitCode));
     }
     void setScript(const QByteArray &script)
     {

@@ -146,14 +146,23 @@ private slots:
     }
 
     // At 96 dots per inch.
+    void aCallersOwnSizeStands_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::newRow("narrow") << 200;
+        // With the margins for the shadow on both sides.
+        QTest::newRow("as wide as the screen")
+            << QGuiApplication::primaryScreen()->availableGeometry().width() - 2 * 20 - 30;
+    }
     void aCallersOwnSizeStands()
     {
+        QFETCH(int, width);
         Popup popup;
         popup.setMessage("Information", QString("Jeden<br>").repeated(20), QDialogButtonBox::Ok);
 
-        popup.show(200, 20);
+        popup.show(width, 20);
 
-        QCOMPARE(find<QWidget>(popup, "mainFrame")->size(), QSize(200 + 30, 20 + 60 + 30));
+        QCOMPARE(find<QWidget>(popup, "mainFrame")->size(), QSize(width + 30, 20 + 60 + 30));
     }
 
     void aCustomWidgetHasTheRoomThatItNeeds()

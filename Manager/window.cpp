@@ -86,6 +86,8 @@ Window::Window(QWidget *parent) :
     hover = new HoverParameter;
     hover->setParent(this);
     setFixedTexts();
+    fillPinForms();
+    // Its first look finds what has come since the lock was taken, and that leads to any page.
     startIpc();
     connectHeaderAndFooter();
     connectHomePage();
@@ -237,12 +239,16 @@ void Window::connectHeaderAndFooter()
     connect(ui->bWarningIcon, &QAbstractButton::clicked, this, &Window::showReaderWarningPopup);
 }
 
-void Window::connectPinPages()
+void Window::fillPinForms()
 {
     changeForm = { ui->lineActualPin, ui->lActualPinInfo, ui->lineNewPin, ui->lNewPinInfo,
                    ui->lineRepeatPin, ui->lRepeatPinInfo, ui->bChangePin };
     unblockForm = { ui->lineInsertPuk,    ui->lPinInfoPuk,       ui->lineNewPinPuk, ui->lNewPinInfoPuk,
                     ui->lineRepeatPinPuk, ui->lRepeatPinInfoPuk, ui->bChangePinPuk };
+}
+
+void Window::connectPinPages()
+{
     for (QPushButton *button : { ui->bWrocPin, ui->bWrocPuk, ui->bCancel, ui->bCancel_2 })
         connect(button, &QAbstractButton::clicked, this, &Window::moveToHomePage);
     connect(changeForm.send, &QAbstractButton::clicked, this, &Window::changePin);

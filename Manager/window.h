@@ -155,6 +155,7 @@ private:
     void setFixedTexts();
     void startIpc();
     void connectHeaderAndFooter();
+    void fillPinForms();
     void connectPinPages();
     void connectSettingsAndHelp();
     void startWorker();

@@ -1,8 +1,11 @@
 #include "support/flow.h"
 
+#include "app/app.h"
 #include "app/app_lock.h"
+#include "base/ipc_msg.h"
 #include "base/settings.h"
 #include "gui/gui_base.h"
+#include "ipc/ipc.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
@@ -259,6 +262,55 @@ private slots:
         QCoreApplication::processEvents();
 
         QVERIFY(!log.has("SSL not supported"));
+    }
+
+    // It has come since the lock was taken; the constructor looks into the inbox before it has connected anything.
+    void messageThatWasThereFirstIsTaken_data()
+    {
+        QTest::addColumn<QByteArray>("key");
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<QString>("page");
+        const struct {
+            const char *key;
+            const char *value;
+            const char *page;
+        } rows[] = {
+            { "help", "1", "pageHelp" },
+            { "settings", "1", "pageSettings" },
+            { "windowFocus", "1", "pageSettings" },
+            { "readers", "0:Czytnik Alfa||", "pageSettings" },
+            { "readers", "NO_CARD", "pageSettings" },
+            { "diagnoseReaders", "1", "pageSettings" },
+            { "checkForUpdate", "1", "pageSettings" },
+            { "close", "1", "pageSettings" },
+        };
+        for (const auto &row : rows)
+            QTest::addRow("%s %s", row.key, row.value) << QByteArray(row.key) << QByteArray(row.value) << row.page;
+    }
+    void messageThatWasThereFirstIsTaken()
+    {
+        QFETCH(QByteArray, key);
+        QFETCH(QByteArray, value);
+        flow->world.insertCard("Czytnik Alfa", "anna");
+        QVERIFY(App::instance()->lock());
+        Ipc sibling;
+        sibling.setName("velmor_monitor");
+        QVERIFY(sibling.send(IpcMsg { { "to", "velmor_manager" }, { key, value } }));
+        LogCatcher log;
+
+        flow->openWindow();
+        QCOMPARE(log.count("from:velmor_monitor"), 1);
+        flow->window->getReadersFromMonitor();
+        QVERIFY(sibling.send(IpcMsg { { "to", "velmor_manager" }, { "readers", "0:Czytnik Alfa||" } }));
+
+        QTRY_COMPARE(log.count("from:velmor_monitor"), 2);
+        QTEST(flow->page(), "page");
+        QVERIFY(!flow->loaderShown());
+        flow->button("bWroc")->click();
+        QVERIFY(flow->waitForCard());
+        QCOMPARE(flow->page(), QString("pageHome"));
+        flow->closeWindow();
+        App::instance()->unlock();
     }
 
     void crossBeginsTheEnd()

@@ -277,23 +277,7 @@ private slots:
         QVERIFY(flow->waitForCard());
     }
 
-    // The page of the first card is not shown before it is read, and a font is known only to what has been dressed.
-    void longNameOfTheFirstCardIsMeasuredInItsOwnFont()
-    {
-        flow->world.insertCard("Czytnik Alfa", "long-names");
-        flow->openWindow();
-        flow->window->loadAll();
-        QVERIFY(flow->waitForCard());
-        const QString first = flow->label("lsurnameVal")->text();
-        QVERIFY(first.endsWith("..."));
-
-        flow->window->loadAll();
-        QVERIFY(flow->waitForCard());
-
-        QCOMPARE(flow->label("lsurnameVal")->text(), first);
-    }
-
-    void keypadAndChipAreThoseThatTheCardIsReadWith()
+    void keypadIsThatOfTheReaderThatTheCardIsReadIn()
     {
         QVERIFY(flow->showCard("anna"));
         flow->window->loadedConteinersAndICAO("Zmień PIN", "Zmień PIN", "Zmień PIN", 3, 3, 3, 3, true, 4, {}, {}, {},

@@ -248,24 +248,6 @@ private slots:
         QTRY_VERIFY(flow->photoArrived());
     }
 
-    void unreadableDg13FillsTheNamesFromTheCertificate()
-    {
-        QVERIFY(flow->showCard("no-dg13"));
-
-        const QString holder = QString::fromStdString(flow->world.card("no-dg13")->holder);
-        QCOMPARE(flow->label("lCommonNameVal")->text() + ' ' + flow->label("lsurnameVal")->text(), holder);
-    }
-
-    void longNameIsCutAndStandsWholeInTheToolTip()
-    {
-        QVERIFY(flow->showCard("long-names"));
-
-        const QLabel *surname = flow->label("lsurnameVal");
-        QVERIFY2(surname->text().endsWith("..."), qPrintable(surname->text()));
-        QVERIFY(surname->toolTip().size() > surname->text().size());
-        QVERIFY(surname->toolTip().startsWith(surname->text().chopped(3)));
-    }
-
     void cardWithoutPhotoShowsTheDrawing_data()
     {
         QTest::addColumn<QString>("card");

@@ -51,6 +51,7 @@ private slots:
     void cleanup()
     {
         flow.reset();
+        App::instance()->unlock();
         useTheme("");
     }
     void linkInATextHasTheColourOfItsTheme_data()
@@ -309,8 +310,6 @@ private slots:
         flow->button("bWroc")->click();
         QVERIFY(flow->waitForCard());
         QCOMPARE(flow->page(), QString("pageHome"));
-        flow->closeWindow();
-        App::instance()->unlock();
     }
 
     void crossBeginsTheEnd()

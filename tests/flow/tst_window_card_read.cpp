@@ -1,8 +1,12 @@
 #include "support/flow.h"
 
+#include "app/app_log.h"
 #include "gui/anim_widget.h"
 
 #include <QIcon>
+
+#include <cstdio>
+#include <unistd.h>
 
 // What each answer about a card decides by itself, and what of the card before it leaves alone or takes away.
 class TestWindowCardRead : public QObject {
@@ -22,6 +26,23 @@ private:
                 texts << label->text();
         }
         return texts;
+    }
+
+    // Of a line with a mark for which it is always written there.
+    static qint64 timeInFrontOfALine()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("output");
+        std::FILE *file = std::fopen(QFile::encodeName(path).constData(), "w");
+        std::fflush(stdout);
+        const int output = dup(fileno(stdout));
+        dup2(fileno(file), fileno(stdout));
+        AppLog::write("window.cpp", "[test]");
+        dup2(output, fileno(stdout));
+        close(output);
+        std::fclose(file);
+        QFile told(path);
+        return told.open(QFile::ReadOnly) ? told.readAll().left(9).toLongLong() : -1;
     }
 
 private slots:
@@ -228,6 +249,19 @@ private slots:
         flow->window->loadAll();
 
         QVERIFY(!file.exists());
+    }
+
+    void timesOnStandardOutputAreThoseOfTheLatestRead()
+    {
+        flow->openWindow();
+        QTest::qWait(50);
+        QElapsedTimer sinceTheRead;
+        sinceTheRead.start();
+
+        flow->window->loadAll();
+
+        const qint64 told = timeInFrontOfALine();
+        QVERIFY2(told <= sinceTheRead.elapsed(), qPrintable(QString::number(told)));
     }
 };
 

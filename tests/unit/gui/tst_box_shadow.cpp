@@ -1,5 +1,6 @@
 #include "gui/box_shadow.h"
 
+#include "support/picture_difference.h"
 #include "support/testmain.h"
 
 #include <QFrame>
@@ -62,23 +63,6 @@ private:
         return grab(ground, ratio);
     }
 
-    // Where two pictures differ by more than so many steps of grey; empty if they do not.
-    static QString difference(const QImage &one, const QImage &other, int most)
-    {
-        int worst = 0;
-        QPoint where;
-        for (int y = 0; y < one.height(); ++y) {
-            for (int x = 0; x < one.width(); ++x) {
-                const int steps = qAbs(qGray(one.pixel(x, y)) - qGray(other.pixel(x, y)));
-                if (steps > worst) {
-                    worst = steps;
-                    where = { x, y };
-                }
-            }
-        }
-        return worst <= most ? QString() : QString("%1 at %2, %3").arg(worst).arg(where.x()).arg(where.y());
-    }
-
     struct WhiteBox {
         WhiteBox()
         {
@@ -137,7 +121,7 @@ private slots:
 
         QCOMPARE(own.size(), toolkit.size());
         // Five steps of 255 are beyond any eye.
-        QCOMPARE(difference(own, toolkit, 5), QString());
+        QCOMPARE(differenceInGrey(own, toolkit, 5), QString());
     }
 
     // Black and hardly blurred, so that a pixel too far to any side is no shade but most of what there is.
@@ -156,7 +140,7 @@ private slots:
         const QImage toolkit =
             picture([](QWidget *) { return new QGraphicsDropShadowEffect; }, 1, { 220, 120 }, 0, look);
 
-        QCOMPARE(difference(own, toolkit, 25), QString());
+        QCOMPARE(differenceInGrey(own, toolkit, 25), QString());
     }
 
     // A ring round a button leaves a line of the ground open.

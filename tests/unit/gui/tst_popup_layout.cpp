@@ -308,6 +308,21 @@ private slots:
         QCOMPARE(scaled.first().first().toDouble(), 192.0);
     }
 
+    void aButtonThatIsNotSeenKeepsItsSize()
+    {
+        Popup popup;
+        setUp(popup);
+        popup.show(content.width(), content.height());
+        button(popup, QDialogButtonBox::No)->hide();
+        const QSize no = button(popup, QDialogButtonBox::No)->size();
+        const QSize yes = button(popup, QDialogButtonBox::Yes)->size();
+
+        popup.guiScale(192);
+
+        QCOMPARE(button(popup, QDialogButtonBox::No)->size(), no);
+        QCOMPARE(button(popup, QDialogButtonBox::Yes)->size(), yes * 2);
+    }
+
     void margins15AndTheHeaderAreCutAndTheFrameIsRounded()
     {
         Popup popup;

@@ -2,9 +2,11 @@
 #include "gui/gui_base.h"
 #include "gui/popup.h"
 #include "shared.h"
+#include "support/picture_difference.h"
 #include "support/testmain.h"
 #include "tst_popup_parts.h"
 
+#include <QGraphicsDropShadowEffect>
 #include <QLayout>
 #include <QScreen>
 
@@ -209,6 +211,25 @@ private slots:
         GuiBase::shadowSet(find<QWidget>(popup, "mainFrame"), 20, 12);
 
         QCOMPARE(popup.grab().toImage(), own);
+    }
+
+    void shadowLooksLikeTheToolkitsOwn()
+    {
+        Popup popup;
+        popup.setMessage("Information", "Jeden", QDialogButtonBox::Ok);
+        popup.show(300, 100);
+        QCoreApplication::processEvents();
+        const QImage own = popup.grab().toImage();
+        auto *frame = find<QWidget>(popup, "mainFrame");
+        const auto *drawn = qobject_cast<QGraphicsDropShadowEffect *>(frame->graphicsEffect());
+        auto *toolkits = new QGraphicsDropShadowEffect;
+        toolkits->setColor(drawn->color());
+        toolkits->setBlurRadius(drawn->blurRadius());
+        toolkits->setOffset(drawn->offset());
+
+        frame->setGraphicsEffect(toolkits);
+
+        QCOMPARE(differenceInGrey(own, popup.grab().toImage(), 5), QString());
     }
 
     void changedClassIsSeenAtOnce()

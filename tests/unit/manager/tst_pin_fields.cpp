@@ -183,6 +183,22 @@ private slots:
         QVERIFY(!second.property("FocusInside").toBool());
         QVERIFY(!window.property("FocusInside").isValid());
     }
+
+    void markedFrameFollowsItsRuleAtOnce()
+    {
+        QWidget window;
+        window.setStyleSheet("QFrame { color: blue; } QFrame[FocusInside=\"true\"] { color: red; }");
+        QFrame ring(&window);
+        QLineEdit field(&ring);
+        ring.setProperty("class", "fieldRing");
+        window.show();
+        QCOMPARE(ring.palette().color(QPalette::WindowText), QColor(Qt::blue));
+
+        markFocusInRings(nullptr, &field);
+        QCOMPARE(ring.palette().color(QPalette::WindowText), QColor(Qt::red));
+        markFocusInRings(&field, nullptr);
+        QCOMPARE(ring.palette().color(QPalette::WindowText), QColor(Qt::blue));
+    }
 };
 
 VELMOR_TEST(TestPinFields)

@@ -247,9 +247,15 @@ bool Rig::waitForBlock()
         before = steps.size();
         const int loadedBefore = sslLoaded;
         emit window->loadSsl();
-        if (!runUntil([&] { return world.waitingCalls() > 0 || sslLoaded != loadedBefore; }))
+        // Not asked twice: the call that was seen may be one that was just let go.
+        bool waits = false;
+        const auto waitsOrIsDone = [&] {
+            waits = world.waitingCalls() > 0;
+            return waits || sslLoaded != loadedBefore;
+        };
+        if (!runUntil(waitsOrIsDone))
             return false;
-        if (world.waitingCalls() > 0)
+        if (waits)
             return true;
         QCoreApplication::processEvents();
         if (steps.size() == before) {

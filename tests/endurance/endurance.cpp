@@ -10,6 +10,7 @@
 #include "endurance/own_resources.h"
 #include "endurance/random_message.h"
 #include "endurance/restless_user.h"
+#include "endurance/style_sheet_cost.h"
 #include "endurance/window_texts.h"
 
 #include "app/app.h"
@@ -378,52 +379,6 @@ private:
         return own;
     }
 
-    // A style keeps the room in which it has parsed the longest sheet, whatever it is given afterwards. That of the
-    // window's cannot be taken away, so a label with a style of its own tells.
-    static long roomToParse(const QString &sheet)
-    {
-        const QString shortest = "color: #000000;";
-        QLabel label;
-        label.setStyleSheet(shortest);
-        label.ensurePolished();
-        const long before = OwnResources::now().heapKiB;
-        for (const QString &next : { sheet, shortest }) {
-            label.setStyleSheet(next);
-            label.ensurePolished();
-        }
-        return OwnResources::now().heapKiB - before;
-    }
-
-    // Style sheets to which each card, and each hint, adds a colour. What they cost is what goes with them.
-    long costOfStyleSheets()
-    {
-        long characters = 0;
-        QStringList names;
-        QVector<QWidget *> grown;
-        QString longestSheet;
-        for (QWidget *widget : window->findChildren<QWidget *>()) {
-            constexpr int longest = 1500;
-            const QString sheet = widget->styleSheet();
-            if (sheet.size() < longest || widget->objectName() == "mainFrame")
-                continue;
-            characters += sheet.size();
-            names << widget->objectName() + ' ' + QString::number(sheet.size());
-            grown << widget;
-            longestSheet = std::max(longestSheet, sheet, [](auto &a, auto &b) { return a.size() < b.size(); });
-        }
-        // A copy, so that the widget's own text goes with its sheet.
-        longestSheet = QString(longestSheet.constData(), longestSheet.size());
-        const long before = OwnResources::now().heapKiB;
-        for (QWidget *widget : grown)
-            widget->setStyleSheet({});
-        QCoreApplication::processEvents();
-        const long cost = before - OwnResources::now().heapKiB;
-        const long room = roomToParse(longestSheet);
-        std::printf("meant to grow, style sheets of %ld characters: %ld KiB (%s), and %ld KiB to parse them\n",
-                    characters, cost, qPrintable(names.join(", ")), room);
-        return cost + room;
-    }
-
     void judgeMemory(const OwnResources &first, const OwnResources &last, long cost)
     {
         const double heap = double(last.heapKiB - cost) / double(first.heapKiB);
@@ -440,7 +395,7 @@ private:
 
     void judgeGrowth(const OwnResources &first, const OwnResources &last)
     {
-        const long cost = costOfStyleSheets();
+        const long cost = costOfStyleSheets(*window);
         // The allocator of the address sanitizer keeps what was freed, and no books for us.
         if (first.heapKiB > 0)
             judgeMemory(first, last, cost);

@@ -5,6 +5,8 @@
 //     endurance [--cards N] [--seed N]
 //
 // It prints what it has done and holds; what is meant to grow is measured by taking it away, and named.
+#include "endurance/growth.h"
+#include "endurance/log_watch.h"
 #include "endurance/monitor_inbox.h"
 #include "endurance/numbered_cards.h"
 #include "endurance/own_resources.h"
@@ -30,46 +32,12 @@
 #include <QThread>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 
 namespace {
 
 constexpr int specimens = 40;
 constexpr int firstCards = 100; // by then all that is made once is made
-constexpr double allowedGrowth = 1.05;
-// With some room. What the toolkit keeps of its own, pictures above all, is reached after a few cards.
-constexpr long mostHeap = 16 * 1024; // KiB
-
-std::atomic<int> sslLoaded { 0 };
-std::atomic<int> listsTaken { 0 }; // by each of the three rules
-// In the last listing.
-std::atomic<bool> slotWithoutName { false };
-std::atomic<int> slotsOfCards { 0 };
-
-void countMessage(QtMsgType type, const QMessageLogContext &, const QString &message)
-{
-    sslLoaded += message == "SSL loaded";
-    listsTaken += message == "load new readers" || message == "Loading readers from ipc:"
-        || message.startsWith("New reders detected");
-    if (message.startsWith("Found slots")) {
-        slotWithoutName = false;
-        slotsOfCards = 0;
-    } else if (message.startsWith("Slot 0x")) {
-        slotWithoutName = slotWithoutName || message.trimmed().endsWith(':');
-        slotsOfCards += message.contains(" #");
-    }
-    static const bool loud = qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG");
-    if (loud || type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
-// Of a card that is taken out while its slots are listed, slots are left without a name of a reader; of one that is put
-// in, the one slot of the empty reader, which is its first by then.
-bool listedInPart()
-{
-    return slotWithoutName || slotsOfCards % int(std::size(sim::containers)) != 0;
-}
 
 class Endurance : public Driver {
 public:
@@ -94,8 +62,10 @@ public:
         std::printf("%d of them were read in part\n", readInPart);
         if (readInPart > 1 + cardCount / 1000)
             fail("too many cards were read in part");
-        if (cardCount > firstCards)
-            judgeGrowth(first, last);
+        if (cardCount > firstCards) {
+            for (const QString &growth : growthBeyondLimits(first, last, costOfStyleSheets(*window)))
+                fail(growth);
+        }
         end(first);
         for (const QString &failure : failures)
             std::printf("FAIL %s\n", qPrintable(failure));
@@ -109,7 +79,7 @@ private:
 
     void fail(const QString &what)
     {
-        if (qEnvironmentVariableIsSet("VELMOR_ENDURANCE_LOG"))
+        if (LogWatch::loud())
             std::fprintf(stderr, "FAIL %s\n", qPrintable(what));
         if (failures.size() < 5)
             failures << QString("card %1: %2").arg(cardCount).arg(what);
@@ -206,7 +176,8 @@ private:
     // all the same.
     bool messagesWait() const
     {
-        return listsTaken < lists || (loaderShown() && find<QLabel>("loadingDesc")->text() == "Proszę czekać...");
+        return LogWatch::listsTaken() < lists
+            || (loaderShown() && find<QLabel>("loadingDesc")->text() == "Proszę czekać...");
     }
 
     bool settle()
@@ -216,9 +187,9 @@ private:
         // A read is a chain of requests, each made when the one before has been answered.
         for (int before = -1; before != requests + lists;) {
             before = requests + lists;
-            const int loaded = sslLoaded;
+            const int loaded = LogWatch::sslLoaded();
             emit window->loadSsl();
-            if (!waitForThat([loaded] { return sslLoaded != loaded; }))
+            if (!waitForThat([loaded] { return LogWatch::sslLoaded() != loaded; }))
                 return false;
             QCoreApplication::processEvents();
             if (before == requests + lists)
@@ -284,7 +255,7 @@ private:
         if (page() != "pageHome" || current.isEmpty() || loaderShown() || all.contains(current[0]))
             return;
         // Of such a card the program finds no more until it lists the slots anew.
-        if (listedInPart())
+        if (LogWatch::listedInPart())
             ++readInPart;
         else
             fail("the card is not shown\n" + texts);
@@ -379,36 +350,6 @@ private:
         return own;
     }
 
-    void judgeMemory(const OwnResources &first, const OwnResources &last, long cost)
-    {
-        const double heap = double(last.heapKiB - cost) / double(first.heapKiB);
-        std::printf("growth without it: heap %.3f, resident %.3f with it\n", heap,
-                    double(last.residentKiB) / double(first.residentKiB));
-        if (heap > allowedGrowth)
-            fail(QString("the heap has grown to %1").arg(heap));
-        if (first.heapKiB > mostHeap)
-            fail(QString("the heap has %1 KiB from the beginning").arg(first.heapKiB));
-        const double resident = double(last.residentKiB - cost) / double(first.residentKiB);
-        if (resident > allowedGrowth)
-            fail(QString("the process has grown to %1").arg(resident));
-    }
-
-    void judgeGrowth(const OwnResources &first, const OwnResources &last)
-    {
-        const long cost = costOfStyleSheets(*window);
-        // The allocator of the address sanitizer keeps what was freed, and no books for us.
-        if (first.heapKiB > 0)
-            judgeMemory(first, last, cost);
-        if (last.descriptors > first.descriptors)
-            fail("more descriptors than before");
-        if (last.threads > first.threads)
-            fail("more threads than before");
-        if (last.children > 0)
-            fail("a child process is left");
-        if (last.segments > first.segments)
-            fail("more segments than before");
-    }
-
     void end(const OwnResources &first)
     {
         user.reset();
@@ -468,7 +409,7 @@ int main(int argc, char *argv[])
     popups.meanwhile = [&popups] { popups.forget(); };
     for (OpenedUrls *opened : { &pages, &files })
         QObject::connect(opened, &OpenedUrls::taken, [opened] { opened->urls.clear(); });
-    qInstallMessageHandler(countMessage);
+    LogWatch::begin();
     const QStringList arguments = QCoreApplication::arguments();
     return Endurance(option(arguments, "--cards", 10000), unsigned(option(arguments, "--seed", 1))).run();
 }

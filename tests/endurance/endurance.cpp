@@ -254,8 +254,8 @@ private:
         }
         if (page() != "pageHome" || current.isEmpty() || loaderShown() || all.contains(current[0]))
             return;
-        // Of such a card the program finds no more until it lists the slots anew.
-        if (LogWatch::listedInPart())
+        // Of such a card the program finds no more until it is told of other readers.
+        if (LogWatch::foundInPart())
             ++readInPart;
         else
             fail("the card is not shown\n" + texts);

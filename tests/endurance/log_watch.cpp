@@ -14,6 +14,7 @@ std::atomic<int> sslCount { 0 };
 std::atomic<int> listCount { 0 };
 std::atomic<bool> slotWithoutName { false };
 std::atomic<int> slotsOfCards { 0 };
+std::atomic<int> tokensOfCards { 0 };
 
 void watch(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
@@ -26,6 +27,11 @@ void watch(QtMsgType type, const QMessageLogContext &, const QString &message)
     } else if (message.startsWith("Slot 0x")) {
         slotWithoutName = slotWithoutName || message.trimmed().endsWith(':');
         slotsOfCards += message.contains(" #");
+    } else if (message.startsWith("select reader: ")) {
+        tokensOfCards = 0;
+    } else if (message.startsWith("Token 0x")) {
+        // Without a label it is of no card.
+        tokensOfCards += !message.trimmed().endsWith(':');
     }
     if (LogWatch::loud() || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
@@ -48,9 +54,10 @@ int LogWatch::listsTaken()
     return listCount;
 }
 
-bool LogWatch::listedInPart()
+bool LogWatch::foundInPart()
 {
-    return slotWithoutName || slotsOfCards % int(std::size(sim::containers)) != 0;
+    constexpr int whole = int(std::size(sim::containers));
+    return slotWithoutName || slotsOfCards % whole != 0 || tokensOfCards % whole != 0;
 }
 
 bool LogWatch::loud()

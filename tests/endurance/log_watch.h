@@ -7,9 +7,10 @@ void begin();
 int sslLoaded();
 int listsTaken(); // by each of the three rules
 
-// Whether the last listing was one of a card that came or went meanwhile. Of one that is taken out, slots are left
-// without a name of a reader; of one that is put in, the one slot of the empty reader, which is its first by then.
-bool listedInPart();
+// Whether what the last listing and the last selection have found is a card in part: it came or went meanwhile. Of one
+// that is taken out, slots are left without a name of a reader; of one that is put in, the one slot of the empty
+// reader, which is its first by then, or those tokens that were looked at last.
+bool foundInPart();
 
 bool loud();
 

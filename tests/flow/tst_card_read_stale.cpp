@@ -1,5 +1,12 @@
 #include "support/flow.h"
 
+#include "base/ipc_msg.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDeadlineTimer>
+#include <QThread>
+
 // Answers of the worker that come when their card has gone: nothing of its holder may appear again.
 class TestCardReadStale : public QObject {
     Q_OBJECT
@@ -41,6 +48,13 @@ private:
         QVERIFY(flow->world.block(function.toStdString(), container.toStdString(), nth));
         flow->window->loadAll();
         QTRY_COMPARE_WITH_TIMEOUT(flow->world.waitingCalls(), 1, 10000);
+    }
+
+    void tellReaders(const QByteArray &list)
+    {
+        IpcMsg message { { "readers", list } };
+        message.setTo("velmor_manager");
+        flow->window->recvIpcMsg(message);
     }
 
     // Until the worker has nothing left to do: an answer may lead to a request, so more often than a chain is long.
@@ -163,6 +177,45 @@ private slots:
         QTRY_COMPARE(flow->page(), QString("pageNoElectricLayer"));
         QVERIFY2(!flow->widget("widgetBlurICAO")->accessibleName().contains(surname), "name");
         QVERIFY2(photo() != ofAnna, "photo");
+    }
+
+    // The list that the program has made itself is answered behind the Monitor's word that there is no card, so that
+    // the reader is selected, and the word that there is one again changes nothing.
+    void cardThatComesWhileItsTokensAreLookedAtIsShownInPart()
+    {
+        QVERIFY(flow->world.insertCard("Czytnik Alfa", "anna"));
+        QVERIFY(flow->world.insertCard("Czytnik Beta", "jan"));
+        flow->openWindow();
+        flow->window->loadedReaders({ "Czytnik Beta", "Czytnik Alfa" });
+        QVERIFY(flow->waitForCard());
+        letTheWorkerFinish();
+        QCOMPARE(flow->readersBox()->currentText(), QString("Czytnik Beta"));
+        flow->world.removeCard("Czytnik Beta");
+        flow->world.clearTrace();
+        tellReaders("0:Czytnik Alfa||");
+        // Not by the event loop, which would take the answer.
+        constexpr std::size_t slotsOfBoth = 6;
+        const QDeadlineTimer patience(10000);
+        while (flow->world.trace("C_GetSlotInfo").size() < slotsOfBoth && !patience.hasExpired())
+            QThread::msleep(1);
+        flow->world.removeCard("Czytnik Alfa");
+        tellReaders("NO_CARD");
+        QVERIFY(flow->world.block("C_GetTokenInfo", {}, 3));
+        QTRY_COMPARE_WITH_TIMEOUT(flow->world.waitingCalls(), 1, 10000);
+
+        flow->world.insertCard("Czytnik Alfa", "ewa");
+        tellReaders("0:Czytnik Alfa||");
+        flow->world.release();
+        letTheWorkerFinish();
+
+        QCOMPARE(flow->page(), QString("pageHome"));
+        QVERIFY(!flow->loaderShown());
+        QCOMPARE(flow->button("bChangePinAuthenCert")->text().trimmed(), QString());
+        QCOMPARE(flow->button("bChangePinAuthorCert")->text().trimmed(), QString("Zmień PIN"));
+        QVERIFY(!flow->widget("authenticationCert")->isEnabled());
+        QVERIFY(flow->widget("authorizationCert")->isEnabled());
+        for (const QString &label : labels())
+            QCOMPARE(text(label), QString());
     }
 };
 

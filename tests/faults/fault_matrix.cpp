@@ -138,6 +138,9 @@ std::vector<Cell> shareOf(const std::vector<Cell> &cells, const Options &options
         if (int(i / block % std::size_t(options.jobs)) == options.share)
             mine.push_back(cells[i]);
     }
+    // Some actions wait, most work. Each share begins elsewhere, so that they do not all wait at once.
+    const std::size_t begin = mine.size() * std::size_t(options.share) / std::size_t(options.jobs);
+    std::rotate(mine.begin(), mine.begin() + std::ptrdiff_t(begin), mine.end());
     return mine;
 }
 

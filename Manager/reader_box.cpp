@@ -12,7 +12,7 @@ constexpr int besideText = 30; // in the box
 constexpr int besideRow = 40; // in the list, a scroll bar included
 constexpr int leastList = 280;
 constexpr int rightMargin = 24; // of the row
-constexpr int sign = 34; // of the warning, with the gap behind it
+constexpr int sign = 34; // with the gap behind it
 constexpr int beforeBox = 110; // margin, caption and gaps
 constexpr int wholeRow = 900; // as it will be, also before the window is laid out
 

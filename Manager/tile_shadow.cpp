@@ -2,6 +2,7 @@
 
 #include "gui/box_shadow.h"
 #include "gui/gui_base.h"
+#include "ui_window.h"
 
 #include <QWidget>
 
@@ -19,4 +20,16 @@ void addTileShadow(QWidget *widget, int blur, int offset)
     shadow->setOffset(offset, offset);
     shadow->setEnabled(GuiBase::instance()->theme() == "light");
     widget->setGraphicsEffect(shadow);
+}
+
+void addWindowShadows(const Ui::Window &ui)
+{
+    constexpr int tileBlur = 20;
+    constexpr int buttonBlur = 10;
+    constexpr int photoBlur = 40;
+    for (QWidget *tile : { ui.widgetBlurAuthen, ui.widgetBlurAuthor, ui.widgetBlurQualified, ui.presenceCert })
+        addTileShadow(tile, tileBlur, 1);
+    for (QWidget *button : { ui.bChangePin, ui.bCancel, ui.bChangePinPuk, ui.bCancel_2, ui.bWrocPin, ui.bWrocPuk })
+        addTileShadow(button, buttonBlur, 1);
+    addTileShadow(ui.widgetLargePhoto, photoBlur, 3);
 }

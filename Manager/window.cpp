@@ -81,7 +81,7 @@ Window::Window(QWidget *parent) :
     osInfo = new OsInfo;
     GuiBase::frameInit(this, ui->mainFrame, QSize(0, 0));
     integrator = new Integrator(app, osInfo);
-    applyShadows();
+    addWindowShadows(*ui);
     hideOptionalWidgets();
     hover = new HoverParameter;
     hover->setParent(this);
@@ -165,19 +165,6 @@ void Window::drawInTheme()
     }
     for (QLabel *photo : { ui->lPhoto, ui->lPhotoLarge })
         photo->setPixmap(keptIcon(guiBase->picture("no_photo.svg")).pixmap(photo->size()));
-}
-
-void Window::applyShadows()
-{
-    constexpr int tileBlur = 20;
-    constexpr int buttonBlur = 10;
-    constexpr int photoBlur = 40;
-    for (QWidget *tile : { ui->widgetBlurAuthen, ui->widgetBlurAuthor, ui->widgetBlurQualified, ui->presenceCert })
-        addTileShadow(tile, tileBlur, 1);
-    for (QWidget *button :
-         { ui->bChangePin, ui->bCancel, ui->bChangePinPuk, ui->bCancel_2, ui->bWrocPin, ui->bWrocPuk })
-        addTileShadow(button, buttonBlur, 1);
-    addTileShadow(ui->widgetLargePhoto, photoBlur, 3);
 }
 
 void Window::hideOptionalWidgets()

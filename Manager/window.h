@@ -150,7 +150,6 @@ private:
     // window.cpp
     void createGuiHelpers();
     void drawInTheme();
-    void applyShadows();
     void hideOptionalWidgets();
     void setFixedTexts();
     void startIpc();

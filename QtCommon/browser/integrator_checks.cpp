@@ -45,9 +45,9 @@ void addApplicationChecks(QLayout *layout, const QStringList &apps,
         chain(previous, label);
     }
     for (const QString &app : apps) {
-        QWidget *check = applicationCheck(app, isIntegrated(app));
-        layout->addWidget(check);
-        chain(previous, check);
-        previous = check;
+        QWidget *row = applicationCheck(app, isIntegrated(app));
+        layout->addWidget(row);
+        chain(previous, row);
+        previous = row;
     }
 }

@@ -37,10 +37,10 @@ Slot readSlot(const Cryptoki &cryptoki, CK_SLOT_ID id)
 {
     Slot slot;
     slot.id = static_cast<quint32>(id);
-    CK_SLOT_INFO info = {};
-    if (cryptoki.functions->C_GetSlotInfo(id, &info) == CKR_OK) {
-        slot.name = fieldText(info.slotDescription).remove(QChar(0));
-        slot.flags = static_cast<quint32>(info.flags);
+    CK_SLOT_INFO told = {};
+    if (cryptoki.functions->C_GetSlotInfo(id, &told) == CKR_OK) {
+        slot.name = fieldText(told.slotDescription).remove(QChar(0));
+        slot.flags = static_cast<quint32>(told.flags);
     }
     return slot;
 }

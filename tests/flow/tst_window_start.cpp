@@ -177,6 +177,17 @@ private slots:
         QVERIFY(field->text().capacity() >= 32);
     }
 
+    void bothPlacesOfThePhotoBeginWithThePictureOfNone()
+    {
+        flow->openWindow();
+        for (const char *name : { "lPhoto", "lPhotoLarge" }) {
+            const QLabel *label = flow->label(name);
+            const QPixmap wanted = QIcon(GuiBase::instance()->picture("no_photo.svg")).pixmap(label->size());
+
+            QCOMPARE(label->pixmap(Qt::ReturnByValue).toImage(), wanted.toImage());
+        }
+    }
+
     void tilesCarryTheirShadowsAndTheHolderNone_data()
     {
         QTest::addColumn<QString>("name");

@@ -4,6 +4,9 @@
 #include "support/own_memory.h"
 #include "support/testmain.h"
 
+#include <utility>
+#include <vector>
+
 // What the parser takes apart on its way to a text is overwritten: afterwards the file and the texts are all there is.
 class TestCardParserMemory : public QObject {
     Q_OBJECT
@@ -19,6 +22,12 @@ private:
         QByteArray bytes(int(file.size()), '\0');
         file.read(bytes.data(), bytes.size());
         return bytes;
+    }
+    static void load(DGParser &parser, const char *name)
+    {
+        QByteArray source = content(name);
+        parser.loadDg(name, source);
+        wipeSecret(source);
     }
 
 private slots:
@@ -52,12 +61,7 @@ private slots:
         QVERIFY(!bytes.isEmpty());
         QCOMPARE(bytes.places(), 0);
         DGParser parser;
-        {
-            QByteArray source = content(file);
-            QVERIFY(!source.isEmpty());
-            parser.loadDg(file, source);
-            wipeSecret(source);
-        }
+        load(parser, file);
         QCOMPARE(bytes.places(), 1);
 
         const std::function<QString()> fields[] = { [&] { return parser.documentNumber(); },
@@ -74,16 +78,31 @@ private slots:
         QCOMPARE(shown.places(), 0);
     }
 
+    // Looked for before anything else is allocated, which would most likely get the block that was just freed.
+    void partThatATextIsMadeOfIsOverwritten()
+    {
+        const HiddenBytes bytes = HiddenBytes::ofFile(path("DG1"), 53, 11);
+        DGParser parser;
+        load(parser, "DG1");
+        std::vector<std::pair<std::uintptr_t, std::uintptr_t>> regions;
+        QVERIFY(visitOwnMemory([&](std::uintptr_t from, std::uintptr_t to) { regions.emplace_back(from, to); }));
+        int places = 0;
+
+        QString text = parser.personalNumber();
+        for (const auto &region : regions)
+            places += bytes.placesIn(region.first, region.second);
+
+        QCOMPARE(text.size(), 11);
+        QCOMPARE(places, 1);
+        wipeSecret(text);
+    }
+
     // A new card's group takes the place of the last one's.
     void fileThatIsReplacedIsOverwritten()
     {
         const HiddenBytes bytes = HiddenBytes::ofFile(path("DG1"), 5, 40);
         DGParser parser;
-        {
-            QByteArray source = content("DG1");
-            parser.loadDg("DG1", source);
-            wipeSecret(source);
-        }
+        load(parser, "DG1");
         QCOMPARE(bytes.places(), 1);
         parser.loadDg("DG1", QByteArray(95, '<'));
         QCOMPARE(bytes.places(), 0);

@@ -1,6 +1,7 @@
 #include "gui/gui_base.h"
 #include "shared.h"
 #include "tile_shadow.h"
+#include "ui_window.h"
 
 #include "base/settings.h"
 #include "gui/box_shadow.h"
@@ -8,6 +9,7 @@
 
 #include <QFrame>
 #include <QGraphicsDropShadowEffect>
+#include <QMainWindow>
 
 #include <functional>
 
@@ -26,6 +28,28 @@ private slots:
         QCOMPARE(shadow->blurRadius(), 7.0);
         QCOMPARE(shadow->offset(), QPointF(3, 3));
         QCOMPARE(shadow->color(), QColor(186, 187, 188));
+    }
+
+    void nothingElseInTheWindowHasOne()
+    {
+        const QMap<QString, QPair<qreal, qreal>> wanted {
+            { "widgetBlurAuthen", { 20, 1 } }, { "widgetBlurAuthor", { 20, 1 } }, { "widgetBlurQualified", { 20, 1 } },
+            { "presenceCert", { 20, 1 } },     { "bChangePin", { 10, 1 } },       { "bCancel", { 10, 1 } },
+            { "bChangePinPuk", { 10, 1 } },    { "bCancel_2", { 10, 1 } },        { "bWrocPin", { 10, 1 } },
+            { "bWrocPuk", { 10, 1 } },         { "widgetLargePhoto", { 40, 3 } },
+        };
+        QMainWindow window;
+        Ui::Window ui;
+        ui.setupUi(&window);
+
+        addWindowShadows(ui);
+
+        QMap<QString, QPair<qreal, qreal>> found;
+        for (const QWidget *widget : window.findChildren<QWidget *>()) {
+            if (const auto *shadow = qobject_cast<QGraphicsDropShadowEffect *>(widget->graphicsEffect()))
+                found[widget->objectName()] = { shadow->blurRadius(), shadow->offset().x() };
+        }
+        QCOMPARE(found, wanted);
     }
 
     // On a dark ground a shadow is a smear.
